@@ -1,0 +1,13 @@
+# quillon_unit_test(NAME SOURCES file... LIBRARIES target...)
+#
+# One GoogleTest program; each of its tests becomes a CTest test. Tests link the object libraries,
+# not the shared ones, so that internals can be reached without exporting them.
+function(quillon_unit_test name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gtest GTest::gmock quillon-compiler quillon-sanitize)
+  target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}/tests/support")
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+  include(GoogleTest)
+  gtest_discover_tests(${name} TEST_PREFIX "${name}/" DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endfunction()

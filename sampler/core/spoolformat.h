@@ -1,0 +1,135 @@
+#ifndef SAMPLER_CORE_SPOOLFORMAT_H
+#define SAMPLER_CORE_SPOOLFORMAT_H
+
+// The spool: what one process of the job leaves behind. One mapped file per process, written by the
+// sampler while the process runs and read by the host after the job; always up to date, so that a
+// process that is killed still has a profile. Plain data in the machine's own byte order: writer and
+// reader run on machines of one kind.
+//
+// Layout of the file: one Header, then Header::binCapacity times Bin.
+
+#include <cstdint>
+
+namespace fern::spool {
+
+constexpr char Magic[8] = {'F', 'E', 'R', 'N', 'S', 'P', 'L', '\0'};
+constexpr std::uint32_t FormatVersion = 1;
+
+// Bins of a run at most; when they are full, neighbours are added up and the interval doubles.
+constexpr std::uint32_t MaxBins = 1000;
+
+// What a thread is doing. The numbers are those of the host's Category::Enum, so that a reader
+// need not translate; they are part of the .fern format, too. MPI calls are told apart by kind,
+// file I/O by direction.
+enum Category : std::uint32_t {
+    Compute = 0, // in the program's own code: no wrapper is active
+    MpiCollective = 1,
+    MpiPointToPoint = 2,
+    MpiOther = 3, // start-up, communicators, datatypes, ...
+    IoRead = 4,
+    IoWrite = 5,
+    IoOther = 6, // open, close, sync, ...
+    OpenMp = 7, // inside a parallel region, computing
+    Accelerator = 8, // waiting for an accelerator
+    PthreadCompute = 9, // a plain thread beside the main one, computing
+    OpenMpRuntimeOutOfRegion = 10,
+    OpenMpRuntimeInRegion = 11,
+    PthreadSync = 12, // waiting for a lock, a condition, another thread
+    MpiIoRead = 13,
+    MpiIoWrite = 14,
+    Sleep = 15, // asleep by its own wish
+    OpenMpMonitor = 19,
+    CategoryCount = 24 // room for those to come
+};
+
+// A sampled figure. A gauge (resident size, load) keeps the readings of its bin; a counter (bytes)
+// adds up in `sum` what was counted during the bin, and nothing else is looked at. Adding two bins
+// adds sum and count and widens minimum and maximum. A count of 0 means: nothing was read.
+struct Figure {
+    double sum;
+    double minimum;
+    double maximum;
+    std::uint64_t count;
+};
+
+enum FigureId : std::uint32_t {
+    FigureRss, // gauge, bytes
+    FigureNodeMemoryUsedPercent, // gauge, percent of the node's memory
+    FigureLoadAveragePercent, // gauge, load average in percent of the node's physical cores
+    FigureBytesRead, // counter, bytes that the process read, as the kernel counts them (rchar)
+    FigureBytesWritten, // counter, likewise (wchar)
+    FigureMpiCollectiveBytes, // counter, payload sent and received
+    FigureMpiPointToPointBytes, // counter, likewise
+    FigureCpuTime, // counter, nanoseconds of CPU time of the whole process
+    FigureCount = 24 // room for those to come
+};
+
+struct Bin {
+    // Hits: how often a thread was found doing something. `active` counts those in which the thread
+    // had used CPU time since it was last looked at.
+    std::uint32_t mainHits[CategoryCount];
+    std::uint32_t mainActiveHits[CategoryCount];
+    std::uint32_t otherHits[CategoryCount]; // of all threads but the main one
+    std::uint32_t otherActiveHits[CategoryCount];
+    // Hits of the main thread during which no other thread of the process was active.
+    std::uint32_t mainAloneHits[CategoryCount];
+    Figure figures[FigureCount];
+};
+
+enum HeaderFlag : std::uint32_t {
+    FlagEnded = 1u << 0, // the process reached its end; without it, it was killed
+    FlagMpi = 1u << 1, // MPI was initialised: mpiRank and mpiSize are set
+    FlagLauncher = 1u << 2, // a launcher or shell by its name: sampled, and counted only where nothing else ran
+    FlagExec = 1u << 3, // the process became another program by exec, which has a spool of its own
+    FlagMpiFinalized = 1u << 4
+};
+
+struct Header {
+    char magic[8];
+    std::uint32_t formatVersion;
+    std::uint32_t headerSize; // sizeof(Header)
+    std::uint32_t binSize; // sizeof(Bin)
+    std::uint32_t binCapacity; // MaxBins
+    std::uint32_t categoryCount; // CategoryCount of the writer
+    std::uint32_t figureCount; // FigureCount of the writer
+
+    std::uint32_t flags; // HeaderFlag
+    std::int32_t pid;
+    std::int32_t parentPid;
+    std::int32_t mpiRank;
+    std::int32_t mpiSize;
+    std::int32_t logicalCores; // of the node
+    std::int32_t physicalCores; // of the node; 0 if unknown
+    std::int32_t ompNumThreads; // OMP_NUM_THREADS as set in the environment; 0 if unset
+    std::int32_t maxThreads; // most threads that were alive at a time
+    std::int32_t padding;
+    std::uint64_t nodeMemory; // bytes
+
+    // Time. The epoch is common to the job (the host hands it down), so that bins of all processes
+    // have the same borders: bin i of this file covers
+    // [epoch + (firstBin + i) * interval, epoch + (firstBin + i + 1) * interval).
+    std::uint64_t epochNs; // CLOCK_REALTIME
+    std::uint64_t startNs; // CLOCK_REALTIME at the sampler's start
+    std::uint64_t lastNs; // start plus CLOCK_MONOTONIC time passed until the last update
+    std::uint64_t intervalNs; // width of a bin; the first interval times a power of two
+    std::uint64_t firstBin;
+    std::uint64_t binCount; // bins in use, the one being filled included
+
+    // The sampler about itself.
+    std::uint64_t ticks; // times that the sampling thread looked
+    std::uint64_t samplerCpuNs; // CPU time of the sampling thread
+    std::uint64_t threadsMissed; // threads that found no free slot
+
+    char hostname[256];
+    char executable[4096]; // path, as the kernel knows it
+    // Followed by the bins. The writer changes header and bins between two increments of this number;
+    // it is odd while a change is under way (only the doubling of the interval moves bins).
+    std::uint64_t changeCount;
+};
+
+static_assert(sizeof(Figure) == 32);
+static_assert(sizeof(Bin) == 5 * 4 * CategoryCount + sizeof(Figure) * FigureCount);
+
+} // namespace fern::spool
+
+#endif
