@@ -1,0 +1,72 @@
+#ifndef HOST_WORKFLOW_KELPCONFIG_H
+#define HOST_WORKFLOW_KELPCONFIG_H
+
+#include "core/export.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+// What is to be launched and how.
+class BRIVANE_HOST_EXPORT PersistentLaunchConfig {
+public:
+    // The words of the job's command line, byte for byte as the user typed them.
+    QList<QByteArray> getCommand() const { return mCommand; }
+    void setCommand(const QList<QByteArray> &command) { mCommand = command; }
+
+    // The file that the job reads as its standard input; null: the host's own standard input.
+    QString getInputFile() const { return mInputFile; }
+    void setInputFile(const QString &inputFile) { mInputFile = inputFile; }
+
+    // Whether the job is handed to a batch queue rather than started here.
+    bool isQueueUsed() const { return mQueueUsed; }
+    void setQueueUsed(bool used) { mQueueUsed = used; }
+
+    // Nodes that a queue is asked for; 0: as many as the launcher takes.
+    int getNumNodes() const { return mNumNodes; }
+    void setNumNodes(int numNodes) { mNumNodes = numNodes; }
+
+private:
+    QList<QByteArray> mCommand;
+    QString mInputFile;
+    bool mQueueUsed = false;
+    int mNumNodes = 0;
+};
+
+// The profiler's section of the configuration.
+class BRIVANE_HOST_EXPORT FERNConfig {
+public:
+    // The ranks to profile as text ("0,2-5"); empty: all.
+    QString getSelectedRanks() const { return mSelectedRanks; }
+    void setSelectedRanks(const QString &ranks) { mSelectedRanks = ranks; }
+
+private:
+    QString mSelectedRanks;
+};
+
+// The host's configuration for one run, filled from the command line by an ArgumentApplier.
+class BRIVANE_HOST_EXPORT KELPConfig : public PersistentLaunchConfig {
+public:
+    // The configuration of this process, or null where nothing was configured (the report library
+    // without the host's programs). Not owned.
+    static KELPConfig *getInstance();
+    static void setInstance(KELPConfig *config);
+
+    FERNConfig &fernConfig() { return mFernConfig; }
+    const FERNConfig &fernConfig() const { return mFernConfig; }
+
+    QStringList getSelectedPlugins() const { return mSelectedPlugins; }
+    void setSelectedPlugins(const QStringList &plugins) { mSelectedPlugins = plugins; }
+
+    // Quiet: the host says nothing about what it does, only what went wrong and which files it wrote.
+    bool isQuiet() const { return mQuiet; }
+    void setQuiet(bool quiet) { mQuiet = quiet; }
+
+private:
+    FERNConfig mFernConfig;
+    QStringList mSelectedPlugins;
+    bool mQuiet = true;
+};
+
+#endif

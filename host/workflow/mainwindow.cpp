@@ -1,0 +1,6 @@
+#include "workflow/mainwindow.h"
+
+QWidget *MainWindow::getWindow()
+{
+    return nullptr;
+}

@@ -1,0 +1,37 @@
+#include "workflow/offlinesupport.h"
+
+#include "workflow/brivanetool.h"
+
+#include <cstdio>
+
+namespace {
+
+void print(const QString &message)
+{
+    const QByteArray line
+        = (BrivaneTool::currentTool()->getCanonicalName() + QLatin1String(": ") + message + QLatin1Char('\n')).toUtf8();
+    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+    std::fflush(stderr);
+}
+
+} // namespace
+
+void OfflineSupport::criticalMsg(QWidget *, const QString &message)
+{
+    print(message);
+}
+
+void OfflineSupport::criticalMsgNonBlock(QWidget *, const QString &message)
+{
+    print(message);
+}
+
+void OfflineSupport::warningMsgNonBlock(QWidget *, const QString &message)
+{
+    print(message);
+}
+
+void OfflineSupport::infoMsgNonBlock(QWidget *, const QString &message)
+{
+    print(message);
+}
