@@ -1,7 +1,16 @@
 # The top directory of libquillon-report: analysis, advice and tool.
 add_library(quillon-report-tool OBJECT
+  performanceadvice.cpp
+  rateclassification.cpp
+  activitypower.cpp
+  boundmetrics.cpp
+  computeperformancedata.cpp
+  forcedmetrics.cpp
+  metricreaders.cpp
+  quillonreport.cpp
 )
-target_include_directories(quillon-report-tool PUBLIC "${CMAKE_SOURCE_DIR}/libquillon-report")
+target_include_directories(quillon-report-tool
+  PUBLIC "${CMAKE_SOURCE_DIR}/libquillon-report" "${CMAKE_SOURCE_DIR}/host")
 target_link_libraries(quillon-report-tool
   PUBLIC Qt5::Core Qt5::Gui
   PRIVATE quillon-compiler quillon-sanitize)
