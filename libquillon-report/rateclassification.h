@@ -9,7 +9,7 @@
 // could not be measured is a NaN and falls to the last row of its scale.
 
 // Classes of a transfer rate.
-enum RateClassification {
+enum RateClassification : int {
     RATE_VERY_LOW = 0,
     RATE_LOW = 1,
     RATE_AVERAGE = 2,
