@@ -194,13 +194,6 @@ public:
         // going to be merged and needs no heading. `report` tells the type of the error metric.
         bool readXml(QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QString *error,
             QSet<QString> metricIdSet, QSet<QString> existingSubsectionIds, const ReportDefinition &report);
-
-    private:
-        bool readErrorMetric(const QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QString *error,
-            const QSet<QString> &metricIdSet, const ReportDefinition &report);
-        bool readMaxAdviceStrings(const QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QString *error);
-        bool readChildren(QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QString *error,
-            const QSet<QString> &metricIdSet);
     };
 
     // Collects what the schema says about a document; see reportdefinitionmessagehandler.h.
@@ -326,12 +319,19 @@ public:
         const QUrl &xmlDocumentUrl, bool &out, QString *error);
 
 private:
+    bool readXmlFullReport(QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QString *error);
+    bool readXmlPartialReport(QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QString *error);
+    // Take in what a reader read, as far as what is there already lets them.
     bool addMetric(
-        const MetricDef &metric, const QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QString *error);
-    bool addSummaryEntry(const SummaryEntryDef &entry, const QXmlStreamReader &xml,
-        const QUrl &xmlDocumentUrl, QString *error, const QSet<QString> &metricIdSet);
-    bool checkBreakdownSubsections(
-        const QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QString *error) const;
+        const MetricDef &metric, QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QString *error);
+    bool addSummaryEntry(const SummaryEntryDef &entry, const QSet<QString> &idSetFromBeforeThisXmlStream,
+        QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QString *error);
+    bool addSubsection(const SubsectionDef &subsection, bool overwrite,
+        const QSet<QString> &idSetFromBeforeThisXmlStream, QXmlStreamReader &xml, const QUrl &xmlDocumentUrl,
+        QString *error);
+    bool checkBreakdownSubsections(QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QString *error) const;
+    // The message filled with the id, followed by the documents merged so far.
+    QString mergeMessage(const QString &message, const QString &id) const;
 
     Config mConfig;
     QString mReportName;

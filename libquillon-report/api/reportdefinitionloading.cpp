@@ -1,0 +1,243 @@
+#include "api/reportdefinition.h"
+
+#include "api/reportdefinitionmessagehandler.h"
+
+#include <QByteArray>
+#include <QFile>
+#include <QScopedPointer>
+#include <QSourceLocation>
+#include <QXmlSchema>
+#include <QXmlSchemaValidator>
+#include <QXmlStreamReader>
+
+namespace quillon::report {
+
+namespace {
+
+void setText(QString *error, const QString &text)
+{
+    if (error)
+        *error = text;
+}
+
+// What is said about a file that can't be read, filled with its name.
+struct FileMessages {
+    const char *doesNotExist;
+    const char *couldNotBeOpened;
+    const char *isNotReadable;
+};
+
+const FileMessages SchemaFileMessages = {
+    QT_TRANSLATE_NOOP("QObject", "Schema file '%1' does not exist"),
+    QT_TRANSLATE_NOOP("QObject", "Schema file '%1' could not be opened for reading"),
+    QT_TRANSLATE_NOOP("QObject", "Schema file '%1' is not readable"),
+};
+
+const FileMessages DocumentFileMessages = {
+    QT_TRANSLATE_NOOP("QObject", "File '%1' does not exist"),
+    QT_TRANSLATE_NOOP("QObject", "File '%1' could not be opened for reading"),
+    QT_TRANSLATE_NOOP("QObject", "File '%1' is not readable"),
+};
+
+bool readFile(const QString &filename, const FileMessages &messages, QByteArray &content, QString *error)
+{
+    QFile file(filename);
+    const char *problem = nullptr;
+    if (!file.exists())
+        problem = messages.doesNotExist;
+    else if (!file.open(QIODevice::ReadOnly))
+        problem = messages.couldNotBeOpened;
+    else if (!file.isReadable())
+        problem = messages.isNotReadable;
+    if (problem) {
+        setText(error, QObject::tr(problem).arg(filename));
+        return false;
+    }
+    content = file.readAll();
+    return true;
+}
+
+// A search for the bytes, since the schema engine's own words about a missing namespace help nobody.
+bool hasNamespaceAttribute(const QByteArray &xml, const QUrl &documentUrl, QString *error)
+{
+    if (xml.contains(QByteArray("xmlns=\"") + ReportXmlNamespace.data() + '"'))
+        return true;
+    const QString document = documentUrl.isEmpty() ? QString() : QLatin1Char(' ') + documentUrl.toString();
+    setText(error,
+        QObject::tr(
+            "The report definition XML%1 does not have the attribute xmlns=\"%2\" set in the <report> "
+            "or <partialReport> element.")
+            .arg(document, ReportXmlNamespace));
+    return false;
+}
+
+// Turns all identity constraints of the schema into one long comment. The reader tests them itself: its
+// messages say what to do, and partial reports refer to what other documents declare.
+void disarmIdConstraints(QByteArray &schema)
+{
+    schema.replace("<!-- Begin unique ID constraints -->", "<!-- Begin unique ID constraints");
+    schema.replace("<!-- End unique ID constraints -->", "End unique ID constraints -->");
+}
+
+QString locatedMessage(
+    const char *format, const QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, const QString &message)
+{
+    return QObject::tr(format).arg(xmlDocumentUrl.toString(), QString::number(xml.lineNumber()),
+        QString::number(xml.columnNumber()), message);
+}
+
+// The schema engine describes problems in markup.
+QString plainText(const QString &markup)
+{
+    QString text;
+    QXmlStreamReader xml(markup);
+    while (!xml.atEnd()) {
+        if (xml.readNext() == QXmlStreamReader::Characters)
+            text += xml.text();
+    }
+    return text;
+}
+
+} // namespace
+
+ReportDefinition::MessageHandler::MessageHandler(
+    QString *dest, QAbstractMessageHandler *next, QObject *parent)
+    : QAbstractMessageHandler(parent)
+    , mDest(dest)
+    , mNextInChain(next)
+{
+}
+
+void ReportDefinition::MessageHandler::handleMessage(
+    QtMsgType type, const QString &description, const QUrl &identifier, const QSourceLocation &sourceLocation)
+{
+    if (mDest) {
+        if (!mDest->isEmpty())
+            *mDest += QLatin1String("\n\n");
+        *mDest += QObject::tr("%1 at line %2 column %3. %4")
+                      .arg(sourceLocation.uri().toString(), QString::number(sourceLocation.line()),
+                          QString::number(sourceLocation.column()), plainText(description));
+    }
+    if (mNextInChain)
+        mNextInChain->message(type, description, identifier, sourceLocation);
+}
+
+bool ReportDefinition::validate(const QByteArray &xml, const QUrl &documentUrl, QString schemaFilename,
+    QString *error, ValidationErrorMode validationErrorMode)
+{
+    if (!hasNamespaceAttribute(xml, documentUrl, error))
+        return false;
+    QByteArray schemaXml;
+    if (!readFile(schemaFilename, SchemaFileMessages, schemaXml, error))
+        return false;
+    disarmIdConstraints(schemaXml);
+
+    QXmlSchema schema;
+    schema.load(schemaXml, QUrl::fromLocalFile(schemaFilename));
+    if (!schema.isValid()) {
+        setText(error, QObject::tr("Schema file '%1' is not valid").arg(schemaFilename));
+        return false;
+    }
+    QAbstractMessageHandler *next
+        = validationErrorMode == VerboseValidation ? schema.messageHandler() : nullptr;
+    const QScopedPointer<MessageHandler> handler(new MessageHandler(error, next, nullptr));
+    schema.setMessageHandler(handler.data());
+    return QXmlSchemaValidator(schema).validate(xml, documentUrl);
+}
+
+ReportDefinition *ReportDefinition::createFromXml(const QByteArray &xml, const QUrl &documentUrl,
+    QString schemaFilename, QString *error, ValidationErrorMode validationErrorMode, const Config &config)
+{
+    setText(error, QString());
+    if (!schemaFilename.isEmpty() && !validate(xml, documentUrl, schemaFilename, error, validationErrorMode))
+        return nullptr;
+    QScopedPointer<ReportDefinition> definition(new ReportDefinition);
+    definition->setConfig(config);
+    QXmlStreamReader reader(xml);
+    return definition->readXml(reader, documentUrl, FullReport, error) ? definition.take() : nullptr;
+}
+
+ReportDefinition *ReportDefinition::createFromXml(const QByteArray &xml, const QUrl &documentUrl,
+    QString *error, ValidationErrorMode validationErrorMode, const Config &config)
+{
+    return createFromXml(xml, documentUrl, DefaultSchemaFilename, error, validationErrorMode, config);
+}
+
+ReportDefinition *ReportDefinition::createFromFile(const QString &xmlFilename, const QString &schemaFilename,
+    QString *error, ValidationErrorMode validationErrorMode, const Config &config)
+{
+    setText(error, QString());
+    QByteArray xml;
+    if (!readFile(xmlFilename, DocumentFileMessages, xml, error))
+        return nullptr;
+    return createFromXml(
+        xml, QUrl::fromLocalFile(xmlFilename), schemaFilename, error, validationErrorMode, config);
+}
+
+ReportDefinition *ReportDefinition::createFromFile(
+    const QString &xmlFilename, QString *error, ValidationErrorMode validationErrorMode, const Config &config)
+{
+    return createFromFile(xmlFilename, DefaultSchemaFilename, error, validationErrorMode, config);
+}
+
+ReportDefinition *ReportDefinition::createFromMetrics(
+    const MetricDef::List &metrics, const QString &reportName, const QUrl &documentUrl)
+{
+    QScopedPointer<ReportDefinition> definition(new ReportDefinition);
+    definition->mReportName = reportName;
+    definition->mReportDocumentUrl = documentUrl;
+    definition->setConfig(Config::withoutPrefixesOrReservedIds());
+    definition->setMetricDefinitionList(metrics);
+    return definition.take();
+}
+
+bool ReportDefinition::appendPartialReportFromXml(const QByteArray &xml, const QUrl &documentUrl,
+    const QString &schemaFilename, QString *error, ValidationErrorMode validationErrorMode)
+{
+    setText(error, QString());
+    if (!schemaFilename.isEmpty() && !validate(xml, documentUrl, schemaFilename, error, validationErrorMode))
+        return false;
+    QXmlStreamReader reader(xml);
+    return readXml(reader, documentUrl, PartialReport, error);
+}
+
+bool ReportDefinition::appendPartialReportFromXml(
+    const QByteArray &xml, const QUrl &documentUrl, QString *error, ValidationErrorMode validationErrorMode)
+{
+    return appendPartialReportFromXml(xml, documentUrl, DefaultSchemaFilename, error, validationErrorMode);
+}
+
+bool ReportDefinition::appendPartialReportFromFile(const QString &xmlFilename, const QString &schemaFilename,
+    QString *error, ValidationErrorMode validationErrorMode)
+{
+    setText(error, QString());
+    QByteArray xml;
+    if (!readFile(xmlFilename, DocumentFileMessages, xml, error))
+        return false;
+    return appendPartialReportFromXml(
+        xml, QUrl::fromLocalFile(xmlFilename), schemaFilename, error, validationErrorMode);
+}
+
+bool ReportDefinition::appendPartialReportFromFile(
+    const QString &xmlFilename, QString *error, ValidationErrorMode validationErrorMode)
+{
+    return appendPartialReportFromFile(xmlFilename, DefaultSchemaFilename, error, validationErrorMode);
+}
+
+void ReportDefinition::writeError(
+    QString *error, const QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, const QString &message)
+{
+    setText(error,
+        locatedMessage(QT_TRANSLATE_NOOP("QObject", "Error in %1 at line %2 column %3: %4"), xml,
+            xmlDocumentUrl, message));
+}
+
+void ReportDefinition::writeWarning(
+    QString *error, const QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, const QString &message)
+{
+    setText(error,
+        locatedMessage(QT_TRANSLATE_NOOP("QObject", "Warning in %1 at line %2 column %3: %4"), xml,
+            xmlDocumentUrl, message));
+}
+
+} // namespace quillon::report
