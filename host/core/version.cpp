@@ -1,0 +1,3 @@
+#include "core/version.h"
+
+const char Version::KELP_VERSION[] = QUILLON_VERSION;
