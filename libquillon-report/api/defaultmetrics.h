@@ -9,8 +9,7 @@
 #include <QSet>
 #include <QString>
 
-namespace quillon {
-namespace report {
+namespace quillon::report {
 
 // The catalogue: the ids of the system's own metrics, summary entries and subsections, which of them belong
 // together, which metrics every report has whether its definition mentions them or not, and where the
@@ -217,7 +216,6 @@ public:
     static QString templateName();
 };
 
-} // namespace report
-} // namespace quillon
+} // namespace quillon::report
 
 #endif

@@ -3,8 +3,7 @@
 
 #include "api/export.h"
 
-namespace quillon {
-namespace report {
+namespace quillon::report {
 namespace DefaultMetricVersion {
 
 // The release that brought a metric into the catalogue of default metrics. Metric documents carry the
@@ -21,7 +20,6 @@ enum Enum {
 QUILLON_REPORT_EXPORT Enum versionFromInt(int number);
 
 } // namespace DefaultMetricVersion
-} // namespace report
-} // namespace quillon
+} // namespace quillon::report
 
 #endif

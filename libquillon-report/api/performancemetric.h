@@ -16,8 +16,7 @@
 
 class QFile;
 
-namespace quillon {
-namespace report {
+namespace quillon::report {
 
 // In all operations below that take `QString *error` the pointer may be null, which only silences the text.
 
@@ -183,11 +182,12 @@ public:
     bool fromJson(QFile &file, QString *error);
 
 private:
+    bool loadDefinitionsFor(const QJsonObject &json, QString *error);
+
     PMetricDefinition::Map mDefinitions;
     PMetricValue::Map mValues;
 };
 
-} // namespace report
-} // namespace quillon
+} // namespace quillon::report
 
 #endif

@@ -6,8 +6,7 @@
 #include <QString>
 #include <QVariant>
 
-namespace quillon {
-namespace report {
+namespace quillon::report {
 
 // The type of a metric's value. A plain value: it converts to its enumeration, so that it can be compared
 // with enumerators and stand in a switch.
@@ -48,7 +47,6 @@ private:
     value_type mValue;
 };
 
-} // namespace report
-} // namespace quillon
+} // namespace quillon::report
 
 #endif

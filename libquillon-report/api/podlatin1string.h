@@ -7,8 +7,7 @@
 
 #include <cstring>
 
-namespace quillon {
-namespace report {
+namespace quillon::report {
 
 // A string constant that needs no constructor at run time, so that it is valid before any static
 // initialisation has run. The text is Latin-1 and lives for ever.
@@ -28,7 +27,6 @@ struct PodLatin1String {
     friend bool operator!=(const QString &a, const PodLatin1String &b) { return !(b == a); }
 };
 
-} // namespace report
-} // namespace quillon
+} // namespace quillon::report
 
 #endif

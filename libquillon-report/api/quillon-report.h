@@ -127,15 +127,13 @@ private:
     MetricWarnings mMetricWarnings;
 };
 
-namespace quillon {
-namespace report {
+namespace quillon::report {
 
 // The metrics of a report with that definition, in this order: its own, its advice slots, the implicit ones
 // of the catalogue. An id may come twice, when a definition declares a metric of the catalogue itself; in a
 // store the later, the catalogue's, wins.
 QUILLON_REPORT_EXPORT PMetricDefinition::List createMetricValues(const ReportDefinition &reportDefinition);
 
-} // namespace report
-} // namespace quillon
+} // namespace quillon::report
 
 #endif
