@@ -1,5 +1,7 @@
 #include "workflow/brivanetool.h"
 
+#include <QtDebug>
+
 namespace {
 
 // The host while no tool has been named. It has a name for messages and nothing else to offer.
@@ -14,7 +16,10 @@ public:
     QString getShortFriendlyName() const override { return getFriendlyName(); }
     QString getLauncherFileName() const override { return getCanonicalName(); }
     QString verboseArgumentDocString() const override { return QString(); }
-    ArgParser *createArgParserAndReadCommandLine(const QStringList &, Platform::Enum) override { return nullptr; }
+    ArgParser *createArgParserAndReadCommandLine(const QStringList &, Platform::Enum) override
+    {
+        return nullptr;
+    }
 };
 
 BrivaneTool *theTool = nullptr;

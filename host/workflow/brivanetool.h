@@ -40,7 +40,8 @@ public:
     virtual QString verboseArgumentDocString() const = 0;
     // A parser that has read the command line `args` (without the program's name); the caller owns it
     // and asks it whether there were errors.
-    virtual ArgParser *createArgParserAndReadCommandLine(const QStringList &args, Platform::Enum platform) = 0;
+    virtual ArgParser *createArgParserAndReadCommandLine(const QStringList &args, Platform::Enum platform)
+        = 0;
 };
 
 #endif

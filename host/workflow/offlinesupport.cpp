@@ -9,7 +9,8 @@ namespace {
 void print(const QString &message)
 {
     const QByteArray line
-        = (BrivaneTool::currentTool()->getCanonicalName() + QLatin1String(": ") + message + QLatin1Char('\n')).toUtf8();
+        = (BrivaneTool::currentTool()->getCanonicalName() + QLatin1String(": ") + message + QLatin1Char('\n'))
+              .toUtf8();
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
     std::fflush(stderr);
 }

@@ -1,0 +1,47 @@
+#include "cli/fernandquillonreportcommonargs.h"
+
+const QString kSelectRanks = QStringLiteral("select-ranks");
+const QString kEnableMetrics = QStringLiteral("enable-metrics");
+const QString kDisableMetrics = QStringLiteral("disable-metrics");
+
+FERNAndQuillonReportCommonArgs::FERNAndQuillonReportCommonArgs(BaseArgParser &parser)
+    : mParser(parser)
+{
+}
+
+FERNAndQuillonReportCommonArgs::~FERNAndQuillonReportCommonArgs() = default;
+
+bool FERNAndQuillonReportCommonArgs::findContradictions()
+{
+    for (const QString &id : mEnabledMetrics) {
+        if (mDisabledMetrics.contains(id)) {
+            mParser.setError(
+                BaseArgParser::tr("metric '%1' is named by both %2 and %3")
+                    .arg(id, mParser.getUsedName(kEnableMetrics), mParser.getUsedName(kDisableMetrics)),
+                false);
+            return true;
+        }
+    }
+    return false;
+}
+
+void FERNAndQuillonReportCommonArgs::parseSelectRanks()
+{
+    if (!mParser.boolArg(kSelectRanks))
+        return;
+    const QString text = mParser.stringArg(kSelectRanks);
+    bool ok = false;
+    mSelectRanks = RankSet::fromString(text, &ok);
+    if (!ok)
+        mParser.setError(BaseArgParser::tr("value '%1' for %2 is no list of ranks such as 0,4-7")
+                             .arg(text, mParser.getUsedName(kSelectRanks)),
+            false);
+}
+
+void FERNAndQuillonReportCommonArgs::parseMetrics()
+{
+    mEnabledMetrics
+        = mParser.listArg(kEnableMetrics).join(QLatin1Char(',')).split(QLatin1Char(','), Qt::SkipEmptyParts);
+    mDisabledMetrics
+        = mParser.listArg(kDisableMetrics).join(QLatin1Char(',')).split(QLatin1Char(','), Qt::SkipEmptyParts);
+}

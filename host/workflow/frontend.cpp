@@ -1,0 +1,87 @@
+#include "workflow/frontend.h"
+
+#include "cli/argparser.h"
+#include "profile/metricdefinitions.h"
+#include "workflow/argumentapplier.h"
+#include "workflow/brivanetool.h"
+#include "workflow/exitstatus.h"
+#include "workflow/fernmaingui.h"
+#include "workflow/frontendapplicationproperties.h"
+#include "workflow/kelpconfig.h"
+#include "workflow/mainwindow.h"
+
+#include <QCoreApplication>
+#include <QScopedPointer>
+#include <QTextCodec>
+
+#include <cstdio>
+
+namespace {
+
+// Qt's own handler may send messages to a system log instead, where nobody who waits for them looks.
+void printMessage(QtMsgType, const QMessageLogContext &, const QString &message)
+{
+    const QByteArray line = (message + QLatin1Char('\n')).toUtf8();
+    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+    std::fflush(stderr);
+}
+
+ExitStatus printOut(const QString &text)
+{
+    const QByteArray bytes = text.toUtf8();
+    const std::size_t size = static_cast<std::size_t>(bytes.size());
+    const bool ok = std::fwrite(bytes.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
+    return ok ? ExitSuccess : ExitFailure;
+}
+
+QString metricList()
+{
+    QString text;
+    for (const Metric &metric : MetricDefinitions::ofSampler().getAllMetrics())
+        text += QStringLiteral("%1\n    %2\n").arg(metric.id, metric.description);
+    return text;
+}
+
+int runWorkflow(BrivaneTool &tool, const ArgParser &parser, FrontendApplicationProperties *properties)
+{
+    KELPConfig config;
+    KELPConfig::setInstance(&config);
+    MainWindow window;
+    const QScopedPointer<FERNMainGUI> logic(tool.createLogic(window, &parser));
+    const QScopedPointer<ArgumentApplier> applier(logic->createArgumentApplier(
+        parser, &config, tool.isOfflineOnly(), !parser.getAutoLoadFile().isEmpty(), properties));
+    applier->apply();
+    const int exitStatus = logic->exec();
+    KELPConfig::setInstance(nullptr);
+    return exitStatus;
+}
+
+} // namespace
+
+int runTool(BrivaneTool &tool, int argc, char **argv)
+{
+    qInstallMessageHandler(printMessage);
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    int programOnly = argc > 0 ? 1 : 0; // the rest isn't Qt's
+    QCoreApplication application(programOnly, argv);
+    BrivaneTool::setCurrentTool(&tool);
+
+    FrontendApplicationProperties properties;
+    QStringList args;
+    for (int i = 1; i < argc; ++i) {
+        properties.arguments.append(QByteArray(argv[i]));
+        args.append(QString::fromUtf8(argv[i]));
+    }
+    const QScopedPointer<ArgParser> parser(tool.createArgParserAndReadCommandLine(args, Platform::current()));
+    if (parser->hasError()) {
+        tool.printCmdLineArgError(parser->getError());
+        return ExitUsage;
+    }
+    if (parser->isHelp())
+        return printOut(parser->helpText());
+    if (parser->isPrintVersion())
+        return printOut(QStringLiteral("%1 %2\n").arg(tool.getFriendlyName(), sc_version()));
+    if (parser->shouldListMetrics())
+        return printOut(metricList());
+    return runWorkflow(tool, *parser, &properties);
+}

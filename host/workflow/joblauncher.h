@@ -1,0 +1,51 @@
+#ifndef HOST_WORKFLOW_JOBLAUNCHER_H
+#define HOST_WORKFLOW_JOBLAUNCHER_H
+
+#include "workflow/exitstatus.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+// A job that is to run under the sampler: the words of its command line and its input file.
+//
+// The job has our terminal, standard streams, working directory and environment, to which only what the
+// sampler needs is added. It is one process, whatever it starts in turn.
+class JobLauncher {
+public:
+    // `command` holds at least the program; a null `inputFile` means our own standard input.
+    JobLauncher(const QList<QByteArray> &command, const QString &inputFile);
+    ~JobLauncher();
+    JobLauncher(const JobLauncher &) = delete;
+    JobLauncher &operator=(const JobLauncher &) = delete;
+
+    // Looks for all that the job needs, before anything is run or written: the program, in PATH as a
+    // shell does, its input file, and the sampler. ExitSuccess, or else what to exit with, with one
+    // sentence in `error`.
+    ExitStatus prepare(QString *error);
+
+    // Runs the job to its end; to be called after prepare(). False, with a sentence in `error` and what to
+    // exit with in `exitStatus`, if it could not be started. Otherwise `exitStatus` is the job's own, or
+    // 128 plus the number of the signal that killed it.
+    //
+    // Processes of the job leave their spools in `spoolFolder`; `workFolder` is a private folder for what
+    // else the launch needs. Both must outlive the job.
+    //
+    // Signals that a terminal sends reach the job by themselves and don't end us while it runs; SIGTERM
+    // and SIGHUP are passed on to it. A signal that was ignored when we were started stays so for both.
+    bool run(const QString &workFolder, const QString &spoolFolder, int *exitStatus, QString *error);
+
+private:
+    bool openInput(QString *error);
+
+    const QList<QByteArray> mCommand;
+    const QString mInputFile;
+    QByteArray mProgram; // path, once it is found
+    QByteArray mSampler; // path
+    int mInput = -1; // descriptor of the input file
+};
+
+// `command` as one line that a shell would take apart into the same words, quoted where needed.
+QString shellQuoted(const QList<QByteArray> &command);
+
+#endif
