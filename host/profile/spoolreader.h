@@ -7,27 +7,32 @@
 #include <QString>
 #include <QVector>
 
-// What is known of one process of the job, the bins of its spool left out.
+// What is known of one process of the job, the bins of its spool left out. Times are real times in
+// nanoseconds.
 struct SpoolProcess {
     QString path; // of the spool
     quint32 flags = 0; // fern::spool::HeaderFlag
     int pid = 0;
     int mpiRank = -1; // with FlagMpi
     int mpiSize = 0; // with FlagMpi
-    int logicalCores = 0;
-    int physicalCores = 0; // 0 if unknown
-    int ompNumThreads = 0; // 0 if unset
-    int maxThreads = 0;
+    int logicalCores = 0; // of the node, as the two that follow; 0 if unknown
+    int physicalCores = 0;
     quint64 nodeMemory = 0; // bytes
-    quint64 startNs = 0; // real time
-    quint64 lastNs = 0; // never before startNs
-    quint64 firstBinNs = 0; // real time at which the first bin begins
-    quint64 intervalNs = 0; // width of a bin; never 0
-    int binCount = 0; // at least 1
-    quint64 ticks = 0;
+    int ompNumThreads = 0; // 0 if unset
+    int maxThreads = 0; // most threads at a time; 0 if unknown
+    quint64 ticks = 0; // times that the sampler looked
     quint64 threadsMissed = 0;
     QString hostname;
-    QString executable;
+    QString executable; // path
+
+    qint64 epochNs = 0; // from which bins are counted
+    qint64 intervalNs = 0; // width of a bin; above 0
+    qint64 firstBinNs = 0; // when the first bin begins
+    int binCount = 0; // above 0
+    qint64 beginNs = 0; // when the process was first and last seen, within its bins
+    qint64 endNs = 0;
+
+    bool is(fern::spool::HeaderFlag flag) const { return (flags & flag) != 0; }
 };
 
 namespace SpoolReader {

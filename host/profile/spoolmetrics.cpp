@@ -1,0 +1,247 @@
+#include "profile/spoolmetrics.h"
+
+#include "profile/profilerdata.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <cmath>
+
+using fern::spool::Bin;
+using fern::spool::Figure;
+
+namespace {
+
+constexpr double NsPerSecond = 1e9;
+constexpr const char *NotSupported = QT_TRANSLATE_NOOP("SpoolMetrics", "Not supported on this system.");
+
+// Which metric a figure becomes. How it is read follows from the metric's scope and kind.
+struct Row {
+    int figure; // fern::spool::FigureId
+    QString metric;
+    double perSecond; // of a rate: what the figure's count of one in a nanosecond stands for
+    const char *whyNot; // what to tell a user where no process could read it
+};
+
+const QVector<Row> &rows()
+{
+    using namespace fern::spool;
+    static const QVector<Row> table = {
+        {FigureRss, METRIC_RSS, 0,
+            QT_TRANSLATE_NOOP("SpoolMetrics", "Requires a readable /proc/self/statm.")},
+        {FigureNodeMemoryUsedPercent, METRIC_NODE_MEM_USED, 0,
+            QT_TRANSLATE_NOOP("SpoolMetrics", "Requires a readable /proc/meminfo.")},
+        {FigureLoadAveragePercent, METRIC_LOAD_AVG, 0,
+            QT_TRANSLATE_NOOP("SpoolMetrics", "Requires a readable /proc/loadavg.")},
+        {FigureBytesRead, METRIC_CHARS_READ, 0,
+            QT_TRANSLATE_NOOP("SpoolMetrics", "Requires a readable /proc/self/io.")},
+        {FigureBytesWritten, METRIC_CHARS_WRITTEN, 0,
+            QT_TRANSLATE_NOOP("SpoolMetrics", "Requires a readable /proc/self/io.")},
+        {FigureMpiCollectiveBytes, METRIC_MPI_COLLECTIVE_BYTES_PER_SEC, NsPerSecond, NotSupported},
+        {FigureMpiPointToPointBytes, METRIC_MPI_P2P_BYTES_PER_SEC, NsPerSecond, NotSupported},
+        {FigureCpuTime, METRIC_ACTIVE_CORES, 1, NotSupported},
+    };
+    return table;
+}
+
+QString sentence(const char *text)
+{
+    return QCoreApplication::translate("SpoolMetrics", text);
+}
+
+// Counters count 0, too: only those that were never read have no count at all.
+bool wasRead(const Figure &figure)
+{
+    return figure.count > 0;
+}
+
+bool isSound(const Figure &figure)
+{
+    return std::isfinite(figure.sum) && std::isfinite(figure.minimum) && std::isfinite(figure.maximum);
+}
+
+// As spools add bins up; a figure that a damaged spool holds is passed over.
+void addTo(Figure &total, const Figure &figure)
+{
+    if (!isSound(figure)) {
+        return;
+    }
+    if (wasRead(figure)) {
+        total.minimum = total.count == 0 ? figure.minimum : std::min(total.minimum, figure.minimum);
+        total.maximum = total.count == 0 ? figure.maximum : std::max(total.maximum, figure.maximum);
+        total.count += figure.count;
+    }
+    total.sum += figure.sum;
+}
+
+void collect(StatisticsCollector &collector, const Figure &gauge)
+{
+    if (wasRead(gauge)) {
+        collector.add(gauge.sum / static_cast<double>(gauge.count), gauge.minimum, gauge.maximum);
+    }
+}
+
+void storeStatic(ProfilerData *profile, const QString &id, const StatisticsCollector &collector)
+{
+    MetricRecord record;
+    record.definition = MetricDefinitions::describe(id);
+    record.wholeRun = collector.statistics();
+    if (record.wholeRun.count == 0) {
+        record.errors.append(sentence(NotSupported));
+    }
+    profile->setMetric(record);
+}
+
+} // namespace
+
+SpoolMetrics::SpoolMetrics(const SpoolTimeline &timeline)
+    : mTimeline(timeline)
+    , mCollected(rows().size())
+{
+    for (Collected &metric : mCollected) {
+        metric.series.resize(timeline.numSamples());
+    }
+}
+
+void SpoolMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &bins)
+{
+    if (!mInNode || mNode.hostname != process.hostname) {
+        endNode();
+        beginNode(process);
+    }
+    mNode.logicalCores = std::max(mNode.logicalCores, process.logicalCores);
+    mNode.physicalCores = std::max(mNode.physicalCores, process.physicalCores);
+    mNode.memory = std::max(mNode.memory, process.nodeMemory);
+    mTicks += process.ticks;
+
+    for (int row = 0; row < rows().size(); ++row) {
+        const Metric definition = MetricDefinitions::describe(rows()[row].metric);
+        const Figures figures = figuresOf(process, bins, rows()[row].figure);
+        if (definition.scope == Metric::PerNode) {
+            Figures &ofNode = mNode.figures[row];
+            for (int sample = 0; sample < mTimeline.numSamples(); ++sample) {
+                addTo(ofNode.bySample[sample], figures.bySample[sample]);
+            }
+            addTo(ofNode.total, figures.total);
+        } else if (!wasRead(figures.total)) {
+            continue;
+        } else if (definition.kind == Metric::Rate) {
+            addRate(mCollected[row], figures, process, row);
+        } else if (definition.kind == Metric::Total) {
+            addTotal(mCollected[row], figures, process);
+        } else {
+            addGauge(mCollected[row], figures);
+        }
+    }
+}
+
+void SpoolMetrics::store(ProfilerData *profile)
+{
+    endNode();
+    for (int row = 0; row < rows().size(); ++row) {
+        MetricRecord record;
+        record.definition = MetricDefinitions::describe(rows()[row].metric);
+        record.wholeRun = mCollected[row].wholeRun.statistics();
+        for (const StatisticsCollector &sample : mCollected[row].series) {
+            record.series.append(sample.statistics());
+        }
+        if (record.wholeRun.count == 0) {
+            record.errors.append(sentence(mTicks > 0
+                    ? rows()[row].whyNot
+                    : QT_TRANSLATE_NOOP("SpoolMetrics", "The job ended before anything could be read.")));
+        }
+        profile->setMetric(record);
+    }
+    storeStatic(profile, METRIC_NUM_CORES_PER_NODE, mLogicalCores);
+    storeStatic(profile, METRIC_NUM_PHYSICAL_CORES_PER_NODE, mPhysicalCores);
+    storeStatic(profile, METRIC_MEMORY_PER_NODE, mMemory);
+    const QString noSensor
+        = sentence(QT_TRANSLATE_NOOP("SpoolMetrics", "Not supported by this version of the sampler."));
+    profile->addMetricError(METRIC_RAPL_POWER, noSensor);
+    profile->addMetricError(METRIC_SYSTEM_POWER, noSensor);
+}
+
+SpoolMetrics::Figures SpoolMetrics::figuresOf(
+    const SpoolProcess &process, const QVector<Bin> &bins, int figure) const
+{
+    Figures figures;
+    figures.bySample.fill(Figure{}, mTimeline.numSamples());
+    for (int bin = 0; bin < bins.size(); ++bin) {
+        addTo(figures.bySample[mTimeline.sampleOf(process, bin)], bins[bin].figures[figure]);
+        addTo(figures.total, bins[bin].figures[figure]);
+    }
+    return figures;
+}
+
+void SpoolMetrics::addGauge(Collected &metric, const Figures &figures) const
+{
+    for (int sample = 0; sample < mTimeline.numSamples(); ++sample) {
+        collect(metric.series[sample], figures.bySample[sample]);
+    }
+    collect(metric.wholeRun, figures.total);
+}
+
+void SpoolMetrics::addRate(
+    Collected &metric, const Figures &figures, const SpoolProcess &process, int row) const
+{
+    // A rate over a sliver of time at either end of a process says nothing: what was counted late by a
+    // tick would make it leap.
+    constexpr qint64 slivers = 20;
+    const auto rate = [&](const Figure &figure, qint64 ns) {
+        const double value = figure.sum * rows()[row].perSecond / static_cast<double>(ns);
+        const bool isCores = rows()[row].figure == fern::spool::FigureCpuTime && process.maxThreads > 0;
+        return isCores ? std::min(value, static_cast<double>(process.maxThreads)) : value;
+    };
+    const qint64 livedNs = std::max<qint64>(process.endNs - process.beginNs, 1);
+    for (int sample = 0; sample < mTimeline.numSamples(); ++sample) {
+        const qint64 ns = mTimeline.livedNs(process, sample);
+        if (ns > 0 && ns >= std::min(process.intervalNs, livedNs) / slivers) {
+            metric.series[sample].add(rate(figures.bySample[sample], ns));
+        }
+    }
+    metric.wholeRun.add(rate(figures.total, livedNs));
+}
+
+// A count goes on being true when its process has ended.
+void SpoolMetrics::addTotal(Collected &metric, const Figures &figures, const SpoolProcess &process) const
+{
+    double soFar = 0;
+    const int first = mTimeline.sampleOf(process, 0);
+    for (int sample = first; sample < mTimeline.numSamples(); ++sample) {
+        soFar += figures.bySample[sample].sum;
+        metric.series[sample].add(soFar);
+    }
+    metric.wholeRun.add(figures.total.sum);
+}
+
+void SpoolMetrics::beginNode(const SpoolProcess &process)
+{
+    mNode = Node();
+    mNode.hostname = process.hostname;
+    Figures none;
+    none.bySample.fill(Figure{}, mTimeline.numSamples());
+    mNode.figures.fill(none, rows().size());
+    mInNode = true;
+}
+
+void SpoolMetrics::endNode()
+{
+    if (!mInNode) {
+        return;
+    }
+    for (int row = 0; row < rows().size(); ++row) {
+        if (MetricDefinitions::describe(rows()[row].metric).scope == Metric::PerNode) {
+            addGauge(mCollected[row], mNode.figures[row]);
+        }
+    }
+    if (mNode.logicalCores > 0) {
+        mLogicalCores.add(mNode.logicalCores);
+    }
+    if (mNode.physicalCores > 0) {
+        mPhysicalCores.add(mNode.physicalCores);
+    }
+    if (mNode.memory > 0) {
+        mMemory.add(static_cast<double>(mNode.memory));
+    }
+    mInNode = false;
+}

@@ -1,0 +1,60 @@
+#ifndef HOST_PROFILE_SPOOLMETRICS_H
+#define HOST_PROFILE_SPOOLMETRICS_H
+
+#include "profile/metricstatistics.h"
+#include "profile/spoolreader.h"
+#include "profile/spooltimeline.h"
+
+#include <QString>
+#include <QVector>
+
+class ProfilerData;
+
+// Makes the metrics of a job from the figures in its spools, one process at a time. The processes of a node
+// have to come one after another: what belongs to a node, such as its load, is read by each of them and
+// counts once.
+class SpoolMetrics {
+public:
+    explicit SpoolMetrics(const SpoolTimeline &timeline);
+
+    void addProcess(const SpoolProcess &process, const QVector<fern::spool::Bin> &bins);
+
+    // Puts all metrics into a profile, with the reasons for those that couldn't be read.
+    void store(ProfilerData *profile);
+
+private:
+    struct Collected {
+        StatisticsCollector wholeRun;
+        QVector<StatisticsCollector> series;
+    };
+    // A figure by sample, and over all samples.
+    struct Figures {
+        QVector<fern::spool::Figure> bySample;
+        fern::spool::Figure total = {};
+    };
+    struct Node {
+        QString hostname;
+        int logicalCores = 0;
+        int physicalCores = 0;
+        quint64 memory = 0;
+        QVector<Figures> figures; // by row of the table of figures
+    };
+
+    Figures figuresOf(const SpoolProcess &process, const QVector<fern::spool::Bin> &bins, int figure) const;
+    void addGauge(Collected &metric, const Figures &figures) const;
+    void addRate(Collected &metric, const Figures &figures, const SpoolProcess &process, int row) const;
+    void addTotal(Collected &metric, const Figures &figures, const SpoolProcess &process) const;
+    void beginNode(const SpoolProcess &process);
+    void endNode();
+
+    SpoolTimeline mTimeline;
+    QVector<Collected> mCollected; // by row of the table of figures
+    StatisticsCollector mLogicalCores;
+    StatisticsCollector mPhysicalCores;
+    StatisticsCollector mMemory;
+    Node mNode;
+    bool mInNode = false;
+    quint64 mTicks = 0;
+};
+
+#endif

@@ -1,0 +1,151 @@
+#include "profile/spoolreader.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cstring>
+
+using fern::spool::Bin;
+using fern::spool::Header;
+
+namespace {
+
+constexpr qint64 NsPerDay = 86400LL * 1000 * 1000 * 1000;
+
+bool fail(QString *reason, const char *text)
+{
+    *reason = QString::fromLatin1(text);
+    return false;
+}
+
+template <size_t Size> QByteArray text(const char (&field)[Size])
+{
+    return QByteArray(field, static_cast<int>(qstrnlen(field, Size)));
+}
+
+int countOrZero(std::int32_t count)
+{
+    return std::max(count, 0);
+}
+
+bool readHeader(const QString &path, Header *header, qint64 *fileSize, QString *reason)
+{
+    if (!QFileInfo(path).isFile()) {
+        return fail(reason, "not a file");
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *reason = file.errorString();
+        return false;
+    }
+    *fileSize = file.size();
+    if (file.read(reinterpret_cast<char *>(header), sizeof(Header)) != qint64(sizeof(Header))) {
+        return fail(reason, "too short to be a spool");
+    }
+    return true;
+}
+
+bool checkFormat(const Header &header, qint64 fileSize, QString *reason)
+{
+    if (std::memcmp(header.magic, fern::spool::Magic, sizeof(header.magic)) != 0) {
+        return fail(reason, "not a spool");
+    }
+    if (header.formatVersion != fern::spool::FormatVersion || header.headerSize != sizeof(Header)
+        || header.binSize != sizeof(Bin) || header.categoryCount != fern::spool::CategoryCount
+        || header.figureCount != fern::spool::FigureCount) {
+        return fail(reason, "written by a sampler of another version");
+    }
+    if (header.binCount == 0) {
+        return fail(reason, "the process ended before it was looked at");
+    }
+    if (header.binCapacity > fern::spool::MaxBins || header.binCount > header.binCapacity) {
+        return fail(reason, "damaged: more bins than there is room for");
+    }
+    if (fileSize < qint64(sizeof(Header) + header.binCount * sizeof(Bin))) {
+        return fail(reason, "truncated");
+    }
+    return true;
+}
+
+// Where the bins lie. The limits are there so that a damaged header can't make the sums overflow or stretch
+// the whole job's time.
+bool readTimes(const Header &header, SpoolProcess *process, QString *reason)
+{
+    constexpr quint64 latest = quint64(1) << 62;
+    quint64 firstBinNs = 0;
+    if (header.intervalNs == 0 || header.intervalNs > quint64(NsPerDay) || header.epochNs > latest
+        || header.startNs > latest || header.lastNs > latest
+        || __builtin_mul_overflow(header.firstBin, header.intervalNs, &firstBinNs)
+        || __builtin_add_overflow(firstBinNs, header.epochNs, &firstBinNs) || firstBinNs > latest) {
+        return fail(reason, "damaged: impossible times");
+    }
+    process->epochNs = qint64(header.epochNs);
+    process->intervalNs = qint64(header.intervalNs);
+    process->firstBinNs = qint64(firstBinNs);
+    process->binCount = int(header.binCount);
+
+    const qint64 binsEndNs = process->firstBinNs + process->binCount * process->intervalNs;
+    const qint64 startNs = qint64(header.startNs);
+    if (startNs < process->firstBinNs - NsPerDay || startNs > binsEndNs + NsPerDay) {
+        return fail(reason, "damaged: the process started far from its bins");
+    }
+    process->beginNs = std::clamp(startNs, process->firstBinNs, binsEndNs);
+    process->endNs = std::clamp(qint64(header.lastNs), process->beginNs, binsEndNs);
+    return true;
+}
+
+} // namespace
+
+bool SpoolReader::readProcess(const QString &path, SpoolProcess *process, QString *reason)
+{
+    Header header;
+    qint64 fileSize = 0;
+    SpoolProcess read;
+    if (!readHeader(path, &header, &fileSize, reason) || !checkFormat(header, fileSize, reason)
+        || !readTimes(header, &read, reason)) {
+        return false;
+    }
+    read.path = path;
+    read.flags = header.flags;
+    read.pid = header.pid;
+    if (read.is(fern::spool::FlagMpi)) {
+        read.mpiRank = countOrZero(header.mpiRank);
+        read.mpiSize = countOrZero(header.mpiSize);
+    }
+    read.logicalCores = countOrZero(header.logicalCores);
+    read.physicalCores = countOrZero(header.physicalCores);
+    read.nodeMemory = header.nodeMemory;
+    read.ompNumThreads = countOrZero(header.ompNumThreads);
+    read.maxThreads = countOrZero(header.maxThreads);
+    read.ticks = header.ticks;
+    read.threadsMissed = header.threadsMissed;
+    read.hostname = QString::fromUtf8(text(header.hostname));
+    read.executable = QFile::decodeName(text(header.executable));
+    *process = read;
+    return true;
+}
+
+bool SpoolReader::readBins(const SpoolProcess &process, QVector<Bin> *bins, QString *reason)
+{
+    SpoolProcess now;
+    if (!readProcess(process.path, &now, reason)) {
+        return false;
+    }
+    if (now.intervalNs != process.intervalNs || now.firstBinNs != process.firstBinNs
+        || now.binCount < process.binCount) {
+        return fail(reason, "changed while it was read");
+    }
+    QFile file(process.path);
+    if (!file.open(QIODevice::ReadOnly) || !file.seek(sizeof(Header))) {
+        *reason = file.errorString();
+        return false;
+    }
+    QVector<Bin> read(process.binCount);
+    const qint64 size = process.binCount * qint64(sizeof(Bin));
+    if (file.read(reinterpret_cast<char *>(read.data()), size) != size) {
+        return fail(reason, "truncated");
+    }
+    *bins = read;
+    return true;
+}

@@ -1,0 +1,41 @@
+#ifndef HOST_PROFILE_SPOOLTIMELINE_H
+#define HOST_PROFILE_SPOOLTIMELINE_H
+
+#include "profile/spoolreader.h"
+
+#include <QVector>
+
+// The samples of a job, laid over the bins of its processes. The samples are as wide as the widest bins, or
+// wider by a power of two where the job would otherwise have more than ProfilerData::MaxSamples; their
+// borders are borders of bins, since these are counted from an epoch that the job has in common.
+class SpoolTimeline {
+public:
+    // Takes at least one process.
+    explicit SpoolTimeline(const QVector<SpoolProcess> &processes);
+
+    int numSamples() const { return mNumSamples; }
+    qint64 beginNs() const { return mBeginNs; } // when the job's first process was first seen
+
+    // Begin of each sample and end of the last, as ProfilerData::setSamples() takes them. A job is at
+    // least a millisecond long, so that figures can be divided by its length.
+    QVector<int> timesMs() const;
+
+    // The sample that a bin of a process belongs to.
+    int sampleOf(const SpoolProcess &process, int bin) const;
+
+    // For how long a process lived in a sample.
+    qint64 livedNs(const SpoolProcess &process, int sample) const;
+
+private:
+    qint64 borderNs(int sample) const { return mFirstBorderNs + sample * mWidthNs; }
+    void setWidth(qint64 widthNs);
+
+    qint64 mEpochNs;
+    qint64 mBeginNs;
+    qint64 mEndNs;
+    qint64 mWidthNs = 0;
+    qint64 mFirstBorderNs = 0;
+    int mNumSamples = 0;
+};
+
+#endif
