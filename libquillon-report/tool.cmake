@@ -1,14 +1,18 @@
 # The top directory of libquillon-report: analysis, advice and tool.
 add_library(quillon-report-tool OBJECT
-  performanceadvice.cpp
-  rateclassification.cpp
   activitypower.cpp
   boundmetrics.cpp
   computeperformancedata.cpp
   forcedmetrics.cpp
   metricreaders.cpp
+  performanceadvice.cpp
   quillonreport.cpp
+  quillonreportargparser.cpp
+  quillonreportmaingui.cpp
+  quillonreporttool.cpp
+  rateclassification.cpp
 )
+set_target_properties(quillon-report-tool PROPERTIES AUTOMOC ON)
 target_include_directories(quillon-report-tool
   PUBLIC "${CMAKE_SOURCE_DIR}/libquillon-report" "${CMAKE_SOURCE_DIR}/host")
 target_link_libraries(quillon-report-tool
