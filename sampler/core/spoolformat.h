@@ -1,7 +1,8 @@
 #ifndef SAMPLER_CORE_SPOOLFORMAT_H
 #define SAMPLER_CORE_SPOOLFORMAT_H
 
-// The spool: what one process of the job leaves behind. One mapped file per process, written by the
+// The spool: what one process of the job leaves behind. One mapped file per process (per program that
+// it ran, if it became another one by exec), named HOST-PID-START.spool, written by the
 // sampler while the process runs and read by the host after the job; always up to date, so that a
 // process that is killed still has a profile. Plain data in the machine's own byte order: writer and
 // reader run on machines of one kind.
@@ -66,7 +67,8 @@ enum FigureId : std::uint32_t {
 
 struct Bin {
     // Hits: how often a thread was found doing something. `active` counts those in which the thread
-    // had used CPU time since it was last looked at.
+    // had used CPU time since it was last looked at: a twentieth of the time at least, since waking
+    // up to look around isn't work.
     std::uint32_t mainHits[CategoryCount];
     std::uint32_t mainActiveHits[CategoryCount];
     std::uint32_t otherHits[CategoryCount]; // of all threads but the main one
@@ -89,7 +91,7 @@ struct Header {
     std::uint32_t formatVersion;
     std::uint32_t headerSize; // sizeof(Header)
     std::uint32_t binSize; // sizeof(Bin)
-    std::uint32_t binCapacity; // MaxBins
+    std::uint32_t binCapacity; // bins that the file has room for; grows with the run, MaxBins at most
     std::uint32_t categoryCount; // CategoryCount of the writer
     std::uint32_t figureCount; // FigureCount of the writer
 

@@ -1,0 +1,206 @@
+#include "core/sampler.h"
+
+#include "core/descriptors.h"
+#include "core/processstate.h"
+#include "core/rawsystem.h"
+#include "core/watcher.h"
+
+#include <fcntl.h>
+#include <linux/close_range.h>
+#include <sched.h>
+#include <sys/prctl.h>
+#include <time.h>
+
+namespace fern {
+
+ProcessState processState;
+
+namespace sampler {
+
+namespace {
+
+enum Order : std::uint32_t {
+    GoOn,
+    Stop, // for a while
+    StopForExec,
+    StopForGood
+};
+
+constexpr std::uint64_t NsPerSecond = 1000000000;
+
+Watcher watcher;
+alignas(64) char stack[64 * 1024];
+std::atomic<std::uint32_t> order{GoOn};
+std::atomic<std::uint32_t> threadId{0}; // cleared by the kernel at the sampling thread's end
+std::atomic<std::int32_t> watchedProcess{0}; // 0: nothing is sampled
+std::atomic<bool> isBusy{false}; // someone starts or stops the sampling thread
+bool isForkedChild = false;
+
+// Closes every descriptor in a table of the calling thread's own. The program's pipes must reach their
+// end and its own close_range() must not hit us.
+void leaveDescriptors()
+{
+    if (raw::call(SYS_close_range, 0, ~0U, CLOSE_RANGE_UNSHARE) == 0)
+        return;
+    // Kernels before 5.9.
+    if (raw::call(SYS_unshare, CLONE_FILES) != 0)
+        return;
+    std::uint64_t limits[2] = {1024, 1024};
+    constexpr int DescriptorLimit = 7;
+    raw::call(SYS_prlimit64, 0, DescriptorLimit, 0, raw::address(limits));
+    constexpr std::uint64_t Highest = 65536;
+    for (std::uint64_t fd = 0; fd < limits[0] && fd < Highest; ++fd)
+        raw::call(SYS_close, static_cast<long>(fd));
+}
+
+// Once a second; false if the process would end if it weren't for this thread.
+bool keepHouse()
+{
+    descriptors::forgetAll();
+    return !process::isDeserted();
+}
+
+// One look at a random moment of every tick, so that a program with a rhythm isn't always met at the
+// same place. `state` is the generator's, never 0.
+std::uint64_t momentInTick(std::uint64_t tickNs, std::uint64_t &state)
+{
+    state ^= state << 13;
+    state ^= state >> 7;
+    state ^= state << 17;
+    constexpr std::uint64_t Steps = 1024;
+    return tickNs / Steps * ((state >> 32) % Steps);
+}
+
+void sampleUntilStopped()
+{
+    const std::uint64_t tickNs = watcher.tickNs();
+    std::uint64_t houseNs = raw::clockNs(CLOCK_MONOTONIC);
+    std::uint64_t random = houseNs | 1;
+    // The first tick passes without a look: most processes of a shell script live no longer.
+    std::uint64_t tick = houseNs + tickNs;
+    for (;;) {
+        const std::uint64_t deadline = tick + momentInTick(tickNs, random);
+        while (order.load(std::memory_order_acquire) == GoOn && raw::clockNs(CLOCK_MONOTONIC) < deadline)
+            raw::waitUntil(order, GoOn, deadline);
+        if (order.load(std::memory_order_acquire) != GoOn)
+            return;
+        if (!watcher.look())
+            return;
+        const std::uint64_t now = raw::clockNs(CLOCK_MONOTONIC);
+        tick = now > tick + 4 * tickNs ? now : tick + tickNs; // the process may have been stopped
+        if (now - houseNs >= NsPerSecond) {
+            houseNs = now;
+            if (!keepHouse())
+                return;
+        }
+    }
+}
+
+void samplingThread()
+{
+    raw::call(SYS_prctl, PR_SET_NAME, raw::address("fern-sampler"));
+    leaveDescriptors();
+    watcher.begin();
+    sampleUntilStopped();
+    // A child that was forked to do one quick thing isn't worth a file.
+    watcher.finish(order.load(std::memory_order_acquire) == StopForGood && !isForkedChild);
+}
+
+void startThread()
+{
+    order.store(GoOn, std::memory_order_relaxed);
+    raw::startThread(samplingThread, stack + sizeof(stack), threadId);
+}
+
+// Stops the thread and waits until the kernel counts it no longer. False if there is none, or if the
+// caller isn't in the watched process, or if someone else is at it.
+bool stopThread(Order why)
+{
+    const std::int32_t pid = raw::getpid();
+    if (pid != watchedProcess.load(std::memory_order_relaxed)
+        || isBusy.exchange(true, std::memory_order_acquire))
+        return false;
+    const std::uint32_t tid = threadId.load(std::memory_order_acquire);
+    if (tid != 0) {
+        order.store(why, std::memory_order_release);
+        raw::wake(order);
+        constexpr int Patience = 20;
+        for (int i = 0; i < Patience && threadId.load(std::memory_order_acquire) != 0; ++i)
+            raw::waitForKernel(threadId, tid, NsPerSecond / 10);
+        // The word is cleared a moment before the thread is really gone.
+        constexpr int Moments = 1000;
+        for (int i = 0; i < Moments && raw::call(SYS_tgkill, pid, tid, 0) == 0; ++i)
+            raw::call(SYS_sched_yield);
+    }
+    const bool isStopped = tid != 0 && threadId.load(std::memory_order_acquire) == 0;
+    isBusy.store(false, std::memory_order_release);
+    return isStopped;
+}
+
+void watchThisProcess()
+{
+    processState.flags.store(0, std::memory_order_relaxed);
+    watcher.reset(raw::clockNs(CLOCK_REALTIME), raw::clockNs(CLOCK_MONOTONIC));
+    watchedProcess.store(raw::getpid(), std::memory_order_relaxed);
+    isBusy.store(false, std::memory_order_relaxed);
+    threadId.store(0, std::memory_order_relaxed);
+    startThread();
+}
+
+} // namespace
+
+void start()
+{
+    registry::adoptMainThread();
+    watchThisProcess();
+}
+
+void startInChild()
+{
+    if (watchedProcess.load(std::memory_order_relaxed) == 0)
+        return;
+    registry::reset();
+    isForkedChild = true;
+    watchThisProcess();
+}
+
+void end()
+{
+    if (raw::getpid() != watchedProcess.load(std::memory_order_relaxed))
+        return;
+    processState.flags.fetch_or(spool::FlagEnded, std::memory_order_relaxed);
+    stopThread(StopForGood);
+}
+
+bool pause()
+{
+    return stopThread(Stop);
+}
+
+void resume()
+{
+    if (isBusy.exchange(true, std::memory_order_acquire))
+        return;
+    startThread();
+    isBusy.store(false, std::memory_order_release);
+}
+
+bool beforeExec()
+{
+    if (raw::getpid() != watchedProcess.load(std::memory_order_relaxed))
+        return false;
+    processState.flags.fetch_or(spool::FlagExec, std::memory_order_relaxed);
+    return stopThread(StopForExec);
+}
+
+void afterExec(bool wasStopped)
+{
+    if (raw::getpid() != watchedProcess.load(std::memory_order_relaxed))
+        return;
+    processState.flags.fetch_and(~static_cast<std::uint32_t>(spool::FlagExec), std::memory_order_relaxed);
+    if (wasStopped)
+        resume();
+}
+
+} // namespace sampler
+} // namespace fern

@@ -1,0 +1,48 @@
+#include "core/settings.h"
+
+#include "core/rawsystem.h"
+#include "core/text.h"
+
+#include <stdlib.h>
+#include <time.h>
+#include <unistd.h>
+
+namespace fern {
+
+Settings settings;
+
+namespace {
+
+constexpr std::uint64_t NsPerMs = 1000000;
+constexpr std::uint64_t DefaultIntervalMs = 20;
+constexpr std::uint64_t MaxIntervalMs = 60000;
+
+// The number that a variable starts with, `otherwise` if it is unset or starts with something else.
+std::uint64_t numberFromEnvironment(const char *name, std::uint64_t otherwise)
+{
+    const char *text = secure_getenv(name);
+    return text != nullptr && isDigit(*text) ? takeNumber(text) : otherwise;
+}
+
+} // namespace
+
+bool readSettings()
+{
+    const char *folder = secure_getenv("QUILLON_SAMPLER_SPOOL");
+    if (folder == nullptr || folder[0] != '/')
+        return false;
+    copyText(settings.spoolFolder, folder);
+    if (!equal(settings.spoolFolder, folder))
+        return false;
+
+    const std::uint64_t intervalMs = numberFromEnvironment("QUILLON_SAMPLER_INTERVAL", DefaultIntervalMs);
+    if (intervalMs == 0 || intervalMs > MaxIntervalMs)
+        return false;
+    settings.intervalNs = intervalMs * NsPerMs;
+    settings.epochNs = numberFromEnvironment("QUILLON_SAMPLER_EPOCH", raw::clockNs(CLOCK_REALTIME));
+    settings.ompNumThreads = static_cast<std::int32_t>(numberFromEnvironment("OMP_NUM_THREADS", 0));
+    settings.pageSize = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+    return true;
+}
+
+} // namespace fern

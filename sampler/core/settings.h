@@ -1,0 +1,29 @@
+#ifndef SAMPLER_CORE_SETTINGS_H
+#define SAMPLER_CORE_SETTINGS_H
+
+#include <cstdint>
+
+namespace fern {
+
+// What the environment asks for, read once at the start: the program may change its environment later.
+//   QUILLON_SAMPLER_SPOOL     absolute path of the folder for spools; without it nothing is sampled
+//   QUILLON_SAMPLER_EPOCH     the job's epoch, CLOCK_REALTIME in ns; default: the process's start
+//   QUILLON_SAMPLER_INTERVAL  width of the first bins in ms, 1 to 60000; default 20
+//   OMP_NUM_THREADS           only noted
+struct Settings {
+    char spoolFolder[4096];
+    std::uint64_t epochNs;
+    std::uint64_t intervalNs;
+    std::int32_t ompNumThreads; // 0 if unset
+    std::uint64_t pageSize; // bytes
+};
+
+extern Settings settings;
+
+// Fills `settings`. False if this process isn't to be sampled: no folder, no sensible value, or a
+// program that runs with more rights than its user.
+bool readSettings();
+
+} // namespace fern
+
+#endif

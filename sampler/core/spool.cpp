@@ -1,0 +1,241 @@
+#include "core/spool.h"
+
+#include "core/launchers.h"
+#include "core/processstate.h"
+#include "core/rawsystem.h"
+#include "core/settings.h"
+#include "core/text.h"
+#include "metrics/nodefigures.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/utsname.h>
+
+namespace fern {
+
+namespace {
+
+// Bins by which a file grows: a short process shouldn't cost a megabyte of a memory file system.
+constexpr std::uint32_t BinsPerStep = 40;
+constexpr std::uint64_t FullSize = sizeof(spool::Header) + spool::MaxBins * sizeof(spool::Bin);
+
+void add(spool::Figure &target, const spool::Figure &source)
+{
+    if (source.count == 0)
+        return;
+    const bool first = target.count == 0;
+    target.sum += source.sum;
+    target.minimum = first || source.minimum < target.minimum ? source.minimum : target.minimum;
+    target.maximum = first || source.maximum > target.maximum ? source.maximum : target.maximum;
+    target.count += source.count;
+}
+
+void add(spool::Bin &target, const spool::Bin &source)
+{
+    for (std::uint32_t c = 0; c < spool::CategoryCount; ++c) {
+        target.mainHits[c] += source.mainHits[c];
+        target.mainActiveHits[c] += source.mainActiveHits[c];
+        target.otherHits[c] += source.otherHits[c];
+        target.otherActiveHits[c] += source.otherActiveHits[c];
+        target.mainAloneHits[c] += source.mainAloneHits[c];
+    }
+    for (std::uint32_t f = 0; f < spool::FigureCount; ++f)
+        add(target.figures[f], source.figures[f]);
+}
+
+} // namespace
+
+bool Spool::create(std::uint64_t startNs)
+{
+    utsname node{};
+    raw::call(SYS_uname, raw::address(&node));
+    TextBuilder<sizeof(mPath)> path;
+    path << settings.spoolFolder << "/" << node.nodename << "-" << static_cast<std::uint64_t>(raw::getpid())
+         << "-" << startNs << ".spool";
+    if (path.text() == nullptr)
+        return false;
+    copyText(mPath, path.text());
+
+    mFile = raw::open(mPath, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+    if (mFile < 0)
+        return false;
+    raw::call(SYS_fchmod, mFile, 0600);
+    // The whole range is mapped at once; pages behind the file's end are never touched.
+    long mapping = -ENOSPC;
+    if (allocate(0, sizeof(spool::Header) + BinsPerStep * sizeof(spool::Bin)))
+        mapping = raw::call(SYS_mmap, 0, FullSize, PROT_READ | PROT_WRITE, MAP_SHARED, mFile, 0);
+    if (mapping < 0 && mapping > -4096) {
+        raw::call(SYS_unlinkat, AT_FDCWD, raw::address(mPath), 0);
+        closeFile();
+        return false;
+    }
+    raw::call(SYS_madvise, mapping, FullSize, MADV_DONTFORK);
+    mHeader = reinterpret_cast<spool::Header *>(mapping);
+    mBins = reinterpret_cast<spool::Bin *>(mHeader + 1);
+    fillHeader(startNs);
+    return true;
+}
+
+void Spool::fillHeader(std::uint64_t startNs)
+{
+    spool::Header &header = *mHeader;
+    header.formatVersion = spool::FormatVersion;
+    header.headerSize = sizeof(spool::Header);
+    header.binSize = sizeof(spool::Bin);
+    header.binCapacity = BinsPerStep;
+    header.categoryCount = spool::CategoryCount;
+    header.figureCount = spool::FigureCount;
+    header.pid = raw::getpid();
+    header.parentPid = static_cast<std::int32_t>(raw::call(SYS_getppid));
+    header.ompNumThreads = settings.ompNumThreads;
+    const node::Cores cores = node::countCores();
+    header.logicalCores = cores.logical;
+    header.physicalCores = cores.physical;
+    header.nodeMemory = node::totalMemory();
+    header.epochNs = settings.epochNs;
+    header.startNs = startNs;
+    header.lastNs = startNs;
+    header.intervalNs = settings.intervalNs;
+    header.firstBin = numberOfBin(startNs);
+    header.binCount = 1;
+
+    utsname node{};
+    raw::call(SYS_uname, raw::address(&node));
+    copyText(header.hostname, node.nodename);
+    // The kernel doesn't terminate the path; the file's bytes are zero.
+    raw::call(SYS_readlinkat, AT_FDCWD, raw::address("/proc/self/exe"), raw::address(header.executable),
+        sizeof(header.executable) - 1);
+    if (isLauncher(header.executable))
+        processState.flags.fetch_or(spool::FlagLauncher, std::memory_order_relaxed);
+    header.flags = processState.flags.load(std::memory_order_relaxed);
+    // Last: a reader takes the file for a spool from now on.
+    std::atomic_thread_fence(std::memory_order_release);
+    for (std::size_t i = 0; i < sizeof(header.magic); ++i)
+        header.magic[i] = spool::Magic[i];
+}
+
+void Spool::closeFile()
+{
+    raw::close(mFile);
+    mFile = -1;
+}
+
+void Spool::openFile()
+{
+    mFile = raw::open(mPath, O_RDWR | O_NOFOLLOW);
+}
+
+void Spool::forget()
+{
+    mHeader = nullptr;
+    mBins = nullptr;
+    mFile = -1;
+    mBytesWritten = 0;
+}
+
+bool Spool::allocate(std::uint64_t offset, std::uint64_t size)
+{
+    // Without real blocks a full disk would kill the program at its next look. Some file systems
+    // can't allocate; there zeros are written.
+    if (raw::call(SYS_fallocate, mFile, 0, static_cast<long>(offset), static_cast<long>(size)) == 0)
+        return true;
+    static const char zeros[4096] = {};
+    while (size > 0) {
+        const long step = static_cast<long>(size < sizeof(zeros) ? size : sizeof(zeros));
+        const long written
+            = raw::call(SYS_pwrite64, mFile, raw::address(zeros), step, static_cast<long>(offset));
+        if (written <= 0)
+            return false;
+        mBytesWritten += static_cast<std::uint64_t>(written);
+        offset += static_cast<std::uint64_t>(written);
+        size -= static_cast<std::uint64_t>(written);
+    }
+    return true;
+}
+
+bool Spool::grow()
+{
+    const std::uint32_t capacity = mHeader->binCapacity;
+    const std::uint32_t wanted
+        = capacity + BinsPerStep < spool::MaxBins ? capacity + BinsPerStep : spool::MaxBins;
+    if (wanted == capacity || mFile < 0
+        || !allocate(
+            sizeof(spool::Header) + capacity * sizeof(spool::Bin), (wanted - capacity) * sizeof(spool::Bin)))
+        return false;
+    mHeader->binCapacity = wanted;
+    return true;
+}
+
+std::uint64_t Spool::numberOfBin(std::uint64_t timeNs) const
+{
+    return timeNs > mHeader->epochNs ? (timeNs - mHeader->epochNs) / mHeader->intervalNs : 0;
+}
+
+spool::Bin &Spool::binAt(std::uint64_t timeNs)
+{
+    for (;;) {
+        const std::uint64_t number = numberOfBin(timeNs);
+        const std::uint64_t index = number > mHeader->firstBin ? number - mHeader->firstBin : 0;
+        if (index < mHeader->binCapacity) {
+            if (index >= mHeader->binCount)
+                mHeader->binCount = index + 1;
+            return mBins[index];
+        }
+        if (!grow())
+            doubleInterval();
+    }
+}
+
+void Spool::doubleInterval()
+{
+    std::atomic_thread_fence(std::memory_order_release);
+    ++mHeader->changeCount;
+    std::atomic_thread_fence(std::memory_order_seq_cst);
+
+    const std::uint64_t first = mHeader->firstBin;
+    const std::uint64_t count = mHeader->binCount;
+    const std::uint64_t newFirst = first / 2;
+    std::uint64_t newCount = 0;
+    for (std::uint64_t i = 0; i < count; ++i) {
+        const std::uint64_t target = (first + i) / 2 - newFirst;
+        if (target == newCount) {
+            mBins[target] = mBins[i];
+            ++newCount;
+        } else {
+            add(mBins[target], mBins[i]);
+        }
+    }
+    for (std::uint64_t i = newCount; i < count; ++i)
+        mBins[i] = spool::Bin{};
+    mHeader->firstBin = newFirst;
+    mHeader->binCount = newCount;
+    mHeader->intervalNs *= 2;
+
+    std::atomic_thread_fence(std::memory_order_seq_cst);
+    ++mHeader->changeCount;
+}
+
+void Spool::addReading(spool::FigureId id, std::uint64_t timeNs, double value)
+{
+    add(binAt(timeNs).figures[id], {value, value, value, 1});
+}
+
+void Spool::addCounted(spool::FigureId id, std::uint64_t fromNs, std::uint64_t toNs, double amount)
+{
+    binAt(toNs); // whatever moves moves now
+    const std::uint64_t interval = mHeader->intervalNs;
+    std::uint64_t begin = fromNs;
+    do {
+        const std::uint64_t border = mHeader->epochNs + (numberOfBin(begin) + 1) * interval;
+        const std::uint64_t end = border < toNs ? border : toNs;
+        const double share
+            = toNs > fromNs ? static_cast<double>(end - begin) / static_cast<double>(toNs - fromNs) : 1.0;
+        spool::Figure &figure = binAt(begin).figures[id];
+        figure.sum += amount * share;
+        ++figure.count;
+        begin = end;
+    } while (begin < toNs);
+}
+
+} // namespace fern

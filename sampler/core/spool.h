@@ -1,0 +1,54 @@
+#ifndef SAMPLER_CORE_SPOOL_H
+#define SAMPLER_CORE_SPOOL_H
+
+#include "core/spoolformat.h"
+
+#include <cstdint>
+
+namespace fern {
+
+// The spool of this process, written by the sampling thread alone, with raw system calls only. Times
+// are CLOCK_REALTIME in nanoseconds.
+class Spool {
+public:
+    // Creates, allocates and maps the file. False, and nothing is left behind, if that isn't possible.
+    bool create(std::uint64_t startNs);
+    bool isMapped() const { return mHeader != nullptr; }
+    // The sampling thread's descriptors end with it; a later one opens the file anew. The mapping
+    // stays. If the file can't be opened, it just doesn't grow.
+    void closeFile();
+    void openFile();
+    // In a forked child: the mapping isn't there. Forgets the parent's spool.
+    void forget();
+
+    spool::Header &header() { return *mHeader; }
+    // The bin of a moment: room is made for it, if need be by doubling the interval, which moves all
+    // other bins. A moment before the first bin belongs to the first bin.
+    spool::Bin &binAt(std::uint64_t timeNs);
+    // Which bin a moment falls into, counted from the epoch; changes its meaning with the interval.
+    std::uint64_t numberOfBin(std::uint64_t timeNs) const;
+
+    // One reading of a gauge.
+    void addReading(spool::FigureId id, std::uint64_t timeNs, double value);
+    // What a counter counted between two moments, spread evenly over the bins between them.
+    void addCounted(spool::FigureId id, std::uint64_t fromNs, std::uint64_t toNs, double amount);
+
+    // Bytes that were written to allocate the file, for who counts the process's writing.
+    std::uint64_t bytesWritten() const { return mBytesWritten; }
+
+private:
+    bool grow();
+    bool allocate(std::uint64_t offset, std::uint64_t size);
+    void doubleInterval();
+    void fillHeader(std::uint64_t startNs);
+
+    spool::Header *mHeader = nullptr;
+    spool::Bin *mBins = nullptr;
+    int mFile = -1;
+    std::uint64_t mBytesWritten = 0;
+    char mPath[4608] = {};
+};
+
+} // namespace fern
+
+#endif

@@ -1,0 +1,157 @@
+#include "core/watcher.h"
+
+#include "core/processstate.h"
+#include "core/rawsystem.h"
+#include "core/settings.h"
+
+#include <time.h>
+
+namespace fern {
+
+namespace {
+
+constexpr std::uint64_t MaxTickNs = 10'000'000;
+// Figures are read once a bin, and at least this often while bins are wide.
+constexpr std::uint64_t MaxFigureIntervalNs = 100'000'000;
+// A thread is active if it ran for this part of the time since the last look.
+constexpr std::uint64_t ActivePart = 20;
+
+} // namespace
+
+void Watcher::reset(std::uint64_t startNs, std::uint64_t startMonotonicNs)
+{
+    mSpool.forget();
+    mStartNs = mLookNs = mFiguresNs = startNs;
+    mStartMonotonicNs = startMonotonicNs;
+    mEarlierCpuNs = 0;
+    mTicks = 0;
+    mHasBegun = false;
+    for (Seen &seen : mSeen)
+        seen = {};
+    raw::bytesRead = 0;
+}
+
+std::uint64_t Watcher::tickNs() const
+{
+    return settings.intervalNs < MaxTickNs ? settings.intervalNs : MaxTickNs;
+}
+
+std::uint64_t Watcher::now() const
+{
+    return mStartNs + raw::clockNs(CLOCK_MONOTONIC) - mStartMonotonicNs;
+}
+
+void Watcher::begin()
+{
+    mNode.open();
+    mProcess.open();
+    if (mSpool.isMapped())
+        mSpool.openFile();
+    if (!mHasBegun)
+        mCounted = mProcess.count(mSpool.bytesWritten(), mEarlierCpuNs);
+    mHasBegun = true;
+}
+
+bool Watcher::look()
+{
+    if (!mSpool.isMapped()) {
+        if (!mSpool.create(mStartNs))
+            return false;
+        mCores = {mSpool.header().logicalCores, mSpool.header().physicalCores};
+    }
+    const std::uint64_t time = now();
+    const bool isNewBin = mSpool.numberOfBin(time) != mSpool.numberOfBin(mFiguresNs);
+    lookAtThreads(time);
+    if (isNewBin || mTicks == 0 || time - mFiguresNs >= MaxFigureIntervalNs)
+        readFigures(time);
+    ++mTicks;
+    updateHeader(time);
+    return true;
+}
+
+void Watcher::finish(bool wantsSpool)
+{
+    if (mSpool.isMapped() || (wantsSpool && look())) {
+        const std::uint64_t time = now();
+        readFigures(time);
+        updateHeader(time);
+    }
+    mEarlierCpuNs += process::ownCpuNs();
+    mSpool.closeFile();
+}
+
+bool Watcher::hasWorked(std::uint32_t index, std::int32_t tid, std::uint64_t passedNs)
+{
+    Seen &seen = mSeen[index];
+    const std::uint64_t cpuNs = raw::clockNs(raw::threadCpuClock(tid));
+    const std::uint64_t before = seen.tid == tid ? seen.cpuNs : 0;
+    // A thread that has just ended has no clock any more.
+    const bool worked = cpuNs > before && (cpuNs - before) * ActivePart >= passedNs;
+    seen = {tid, cpuNs};
+    return worked;
+}
+
+void Watcher::lookAtThreads(std::uint64_t timeNs)
+{
+    spool::Bin &bin = mSpool.binAt(timeNs);
+    const std::uint64_t passedNs = timeNs - mLookNs;
+    mLookNs = timeNs;
+    bool othersWork = false;
+    const std::uint32_t count = registry::usedSlots();
+    for (std::uint32_t i = count; i-- > 0;) { // the main thread is the last
+        const Slot &slot = registry::slots[i];
+        const std::int32_t tid = slot.tid.load(std::memory_order_acquire);
+        if (tid <= 0)
+            continue;
+        const std::uint32_t category = slot.category.load(std::memory_order_relaxed);
+        const bool works = hasWorked(i, tid, passedNs);
+        const bool isMain = i == 0;
+        ++(isMain ? bin.mainHits : bin.otherHits)[category];
+        if (works)
+            ++(isMain ? bin.mainActiveHits : bin.otherActiveHits)[category];
+        if (isMain && !othersWork)
+            ++bin.mainAloneHits[category];
+        othersWork = othersWork || works;
+    }
+}
+
+void Watcher::readFigures(std::uint64_t timeNs)
+{
+    const process::Counters counted = mProcess.count(mSpool.bytesWritten(), mEarlierCpuNs);
+    const auto add = [&](spool::FigureId id, std::uint64_t process::Counters::*counter) {
+        const std::uint64_t before = mCounted.*counter;
+        const std::uint64_t after = counted.*counter;
+        mSpool.addCounted(id, mFiguresNs, timeNs, after > before ? static_cast<double>(after - before) : 0.0);
+    };
+    if (counted.hasBytes && mCounted.hasBytes) {
+        add(spool::FigureBytesRead, &process::Counters::bytesRead);
+        add(spool::FigureBytesWritten, &process::Counters::bytesWritten);
+    }
+    add(spool::FigureCpuTime, &process::Counters::cpuNs);
+    add(spool::FigureMpiCollectiveBytes, &process::Counters::mpiCollectiveBytes);
+    add(spool::FigureMpiPointToPointBytes, &process::Counters::mpiPointToPointBytes);
+    mCounted = counted;
+    mFiguresNs = timeNs;
+
+    if (const std::uint64_t resident = mProcess.residentBytes())
+        mSpool.addReading(spool::FigureRss, timeNs, static_cast<double>(resident));
+    if (const double used = mNode.memoryUsedPercent(); used >= 0.0)
+        mSpool.addReading(spool::FigureNodeMemoryUsedPercent, timeNs, used);
+    if (const double load = mNode.loadAveragePercent(mCores); load >= 0.0)
+        mSpool.addReading(spool::FigureLoadAveragePercent, timeNs, load);
+    mSpool.header().samplerCpuNs = mEarlierCpuNs + process::ownCpuNs();
+}
+
+void Watcher::updateHeader(std::uint64_t timeNs)
+{
+    spool::Header &header = mSpool.header();
+    header.flags = processState.flags.load(std::memory_order_relaxed);
+    header.mpiRank = processState.mpiRank.load(std::memory_order_relaxed);
+    header.mpiSize = processState.mpiSize.load(std::memory_order_relaxed);
+    header.maxThreads = static_cast<std::int32_t>(registry::mostThreads());
+    header.threadsMissed = registry::missedThreads();
+    header.lastNs = timeNs;
+    header.ticks = mTicks;
+}
+
+} // namespace fern

@@ -1,0 +1,60 @@
+#ifndef SAMPLER_CORE_WATCHER_H
+#define SAMPLER_CORE_WATCHER_H
+
+#include "core/spool.h"
+#include "core/threadregistry.h"
+#include "metrics/nodefigures.h"
+#include "metrics/processfigures.h"
+
+#include <cstdint>
+
+namespace fern {
+
+// What the sampling thread does at its looks. It outlives the thread: a later one goes on with it. Raw
+// system calls only.
+class Watcher {
+public:
+    // The process begins to be watched; in a forked child everything begins anew.
+    void reset(std::uint64_t startNs, std::uint64_t startMonotonicNs);
+
+    // At a sampling thread's start: opens what it reads. The first time this is the counters' zero.
+    void begin();
+    // One look at all threads, and at the figures if it is time. The first look makes the spool.
+    // False if there can't be one.
+    bool look();
+    // The last look of a sampling thread. Without a spool so far, one is made if `wantsSpool`.
+    void finish(bool wantsSpool);
+
+    // How often to look, in nanoseconds.
+    std::uint64_t tickNs() const;
+
+private:
+    struct Seen {
+        std::int32_t tid;
+        std::uint64_t cpuNs;
+    };
+
+    std::uint64_t now() const;
+    bool hasWorked(std::uint32_t index, std::int32_t tid, std::uint64_t passedNs);
+    void lookAtThreads(std::uint64_t timeNs);
+    void readFigures(std::uint64_t timeNs);
+    void updateHeader(std::uint64_t timeNs);
+
+    Spool mSpool;
+    node::Cores mCores{};
+    node::Figures mNode;
+    process::Figures mProcess;
+    process::Counters mCounted{}; // at mFiguresNs
+    std::uint64_t mStartNs = 0; // CLOCK_REALTIME
+    std::uint64_t mStartMonotonicNs = 0;
+    std::uint64_t mLookNs = 0; // time of the last look
+    std::uint64_t mFiguresNs = 0; // time of the last reading
+    std::uint64_t mEarlierCpuNs = 0; // of earlier sampling threads of this process
+    std::uint64_t mTicks = 0;
+    bool mHasBegun = false;
+    Seen mSeen[MaxThreads] = {};
+};
+
+} // namespace fern
+
+#endif

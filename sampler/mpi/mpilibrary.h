@@ -1,0 +1,35 @@
+#ifndef SAMPLER_MPI_MPILIBRARY_H
+#define SAMPLER_MPI_MPILIBRARY_H
+
+// The MPI library of the program, whichever it is. Arguments travel as machine words: handles are
+// pointers in one implementation and integers in the other, and both calling conventions that we know
+// (x86-64, AAPCS64) pass either as one word.
+
+#include <cstdint>
+
+namespace fern::mpi {
+
+using Word = std::intptr_t;
+using Function = void (*)();
+
+// The profiling entry ("PMPI_...") of a call. Libraries that were loaded by dlopen() with local scope
+// are found through `caller`, an address in the code that called. nullptr if there is no MPI.
+Function find(const char *name, const void *caller);
+
+// Rank and size of the calling process in a communicator; -1 and 0 if unknown.
+int rankIn(Word communicator);
+int sizeOf(Word communicator);
+// The handle of MPI_COMM_WORLD.
+Word world();
+
+// Size of a datatype in bytes, remembered; 0 for the null datatype.
+std::uint64_t sizeOfType(Word type);
+// The handle may mean another type from now on.
+void forgetType(Word type);
+
+// Whether a buffer argument is MPI_IN_PLACE.
+bool isInPlace(Word buffer);
+
+} // namespace fern::mpi
+
+#endif

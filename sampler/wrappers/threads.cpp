@@ -1,0 +1,69 @@
+#include "wrappers/threads.h"
+
+#include "core/threadregistry.h"
+#include "wrappers/hooks.h"
+
+#include <atomic>
+
+namespace fern::threads {
+
+namespace {
+
+// A thread can end by returning, by pthread_exit() and by cancellation; its data's destructor is called
+// in all three.
+pthread_key_t endKey;
+std::atomic<bool> hasEndKey{false};
+
+void threadEnds(void *slot)
+{
+    currentSlot = nullptr;
+    registry::release(*static_cast<Slot *>(slot));
+}
+
+void *runThread(void *data)
+{
+    Slot &slot = *static_cast<Slot *>(data);
+    void *(*routine)(void *) = slot.routine;
+    void *argument = slot.argument;
+    registry::occupy(slot);
+    watchEndOfThisThread();
+    return routine(argument);
+}
+
+} // namespace
+
+void prepare()
+{
+    if (pthread_key_create(&endKey, threadEnds) == 0)
+        hasEndKey.store(true, std::memory_order_release);
+    watchEndOfThisThread();
+}
+
+void watchEndOfThisThread()
+{
+    // Keys made as early as ours have their place in the thread's descriptor: nothing is allocated.
+    if (hasEndKey.load(std::memory_order_acquire))
+        pthread_setspecific(endKey, currentSlot);
+}
+
+// A slot for a thread that is about to be made; nullptr if it is to run as if we weren't there.
+Slot *slotForNewThread()
+{
+    return hasEndKey.load(std::memory_order_acquire) ? registry::claim() : nullptr;
+}
+
+} // namespace fern::threads
+
+FERN_WRAPPER(int, pthread_create,
+    (pthread_t * thread, const pthread_attr_t *attributes, void *(*routine)(void *), void *argument))
+{
+    fern::Slot *slot = fern::threads::slotForNewThread();
+    if (slot == nullptr)
+        return FERN_REAL(pthread_create)(thread, attributes, routine, argument);
+    slot->routine = routine;
+    slot->argument = argument;
+    const int result = FERN_REAL(pthread_create)(thread, attributes, fern::threads::runThread, slot);
+    if (result != 0)
+        fern::registry::release(*slot);
+    return result;
+}
