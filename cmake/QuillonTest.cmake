@@ -5,7 +5,7 @@
 function(quillon_unit_test name)
   cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
-  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gtest GTest::gmock quillon-compiler quillon-sanitize)
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gtest_main GTest::gmock quillon-compiler quillon-sanitize)
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}/tests/support")
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
   include(GoogleTest)
