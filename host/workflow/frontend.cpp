@@ -37,7 +37,8 @@ ExitStatus printOut(const QString &text)
 QString metricList()
 {
     QString text;
-    for (const Metric &metric : MetricDefinitions::ofSampler().getAllMetrics())
+    const MetricDefinitions definitions = MetricDefinitions::ofSampler();
+    for (const Metric &metric : definitions.getAllMetrics())
         text += QStringLiteral("%1\n    %2\n").arg(metric.id, metric.description);
     return text;
 }
