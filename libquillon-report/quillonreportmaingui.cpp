@@ -35,6 +35,12 @@ QString twoDigits(double percent)
     return QStringLiteral("%1").arg(percent, 2, 'f', 0, QLatin1Char('0'));
 }
 
+// Whether this build of the library can draw the page; without it, automatic names are those of texts alone.
+bool hasPageTemplate()
+{
+    return QFile::exists(QStringLiteral(":quillon-report/custom/html_template.html"));
+}
+
 QByteArray friendlyName()
 {
     return BrivaneTool::currentTool()->getFriendlyName().toLocal8Bit();
@@ -231,7 +237,10 @@ QMap<QString, QuillonReportType> QuillonReportMainGUI::reportFiles(const Profile
     const auto automatic = [&base, &data](const char *extension) {
         return FERNWorkflow::generateDefaultFilename(base, &data, QLatin1String(extension));
     };
-    return {{automatic("txt"), TxtReport}, {automatic("html"), HtmlReport}};
+    QMap<QString, QuillonReportType> files{{automatic("txt"), TxtReport}};
+    if (hasPageTemplate())
+        files.insert(automatic("html"), HtmlReport);
+    return files;
 }
 
 bool QuillonReportMainGUI::writeQuillonReports(

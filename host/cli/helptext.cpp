@@ -63,6 +63,19 @@ QString formatOption(const BaseArgParser::Option &option)
                       : names + QLatin1Char('\n') + margin + documentation + QLatin1Char('\n');
 }
 
+// Usage lines continue below their arguments, all else is plain text.
+QString formatPrologue(const QString &prologue)
+{
+    const QLatin1String usage("Usage: ");
+    QStringList lines = prologue.split(QLatin1Char('\n'));
+    for (QString &line : lines) {
+        const int margin = line.startsWith(QLatin1Char(' ')) ? 4 : usage.size() + 4;
+        const bool isUsage = line.startsWith(QLatin1Char(' ')) || line.startsWith(usage);
+        line = wrapLine(line, Columns, isUsage ? margin : 0);
+    }
+    return lines.join(QLatin1Char('\n'));
+}
+
 } // namespace
 
 QString wrapText(const QString &text, int width, int hanging)
@@ -76,7 +89,7 @@ QString wrapText(const QString &text, int width, int hanging)
 QString formatHelp(const QString &prologue, const QList<BaseArgParser::Option> &options,
     const QList<BaseArgParser::Example> &examples, const QString &epilogue)
 {
-    QString text = wrapText(prologue, Columns, 4) + BaseArgParser::tr("Options:") + QLatin1Char('\n');
+    QString text = formatPrologue(prologue) + BaseArgParser::tr("Options:") + QLatin1Char('\n');
     for (const BaseArgParser::Option &option : options) {
         if (option.shown)
             text += formatOption(option);
