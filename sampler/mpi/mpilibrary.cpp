@@ -21,6 +21,14 @@ void *findSymbol(const char *name)
     return library != nullptr ? dlsym(library, name) : nullptr;
 }
 
+// Data, other than functions, may stand in the program itself (a copy relocation), and then the library
+// uses the program's copy, too: the first in the order of all modules is the one in use.
+void *findObject(const char *name)
+{
+    void *object = dlsym(RTLD_DEFAULT, name);
+    return object != nullptr ? object : findSymbol(name);
+}
+
 // The library, or module, that the code at an address belongs to; its dependencies are searched, too.
 void *libraryOf(const void *address)
 {
@@ -63,7 +71,7 @@ bool handlesArePointers()
     static std::atomic<int> answer{-1};
     int known = answer.load(std::memory_order_relaxed);
     if (known < 0) {
-        known = findSymbol("ompi_mpi_comm_world") != nullptr ? 1 : 0;
+        known = findObject("ompi_mpi_comm_world") != nullptr ? 1 : 0;
         answer.store(known, std::memory_order_relaxed);
     }
     return known == 1;
@@ -80,7 +88,7 @@ Word nullType()
     static std::atomic<Word> type{0};
     Word known = type.load(std::memory_order_relaxed);
     if (known == 0) {
-        known = handlesArePointers() ? reinterpret_cast<Word>(findSymbol("ompi_mpi_datatype_null"))
+        known = handlesArePointers() ? reinterpret_cast<Word>(findObject("ompi_mpi_datatype_null"))
                                      : MpichNullType;
         type.store(known, std::memory_order_relaxed);
     }
@@ -133,7 +141,7 @@ int sizeOf(Word communicator)
 
 Word world()
 {
-    return handlesArePointers() ? reinterpret_cast<Word>(findSymbol("ompi_mpi_comm_world")) : MpichWorld;
+    return handlesArePointers() ? reinterpret_cast<Word>(findObject("ompi_mpi_comm_world")) : MpichWorld;
 }
 
 std::uint64_t sizeOfType(Word word)
