@@ -32,7 +32,8 @@ public:
     // The known metric of this id; for an id that nobody knows, a gauge per process named after the id.
     static Metric describe(const QString &id);
 
-    const QMap<QString, Metric> &getAllMetrics() const { return mMetrics; }
+    // By id. By value, so that it outlives the set.
+    QMap<QString, Metric> getAllMetrics() const { return mMetrics; }
 
     // Null if there is no such metric; valid as long as the set isn't changed.
     const Metric *getMetricById(const QString &id) const;
