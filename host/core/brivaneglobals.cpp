@@ -8,16 +8,19 @@
 
 namespace {
 
-// How far above its libraries and programs the prefix of an installation may lie: "lib/<architecture>" is
+// How far above its libraries and programs the prefix of an installation may lie; "lib/<architecture>" is
 // two.
 const int kMaxDepth = 3;
 
-// The folder of the library or program that this code has been linked into.
+// Its address lies in the library or program that this code has been linked into.
+const char kAnchor = 0;
+
+// The folder of that library or program.
 QString moduleFolder()
 {
     Dl_info info;
     QString file;
-    if (dladdr(reinterpret_cast<void *>(&BrivaneGlobals::instance), &info) != 0 && info.dli_fname)
+    if (dladdr(&kAnchor, &info) != 0 && info.dli_fname)
         file = QFile::decodeName(info.dli_fname);
     // The name of the program itself is whatever it was started as.
     if (!QDir::isAbsolutePath(file))

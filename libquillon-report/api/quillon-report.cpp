@@ -277,20 +277,21 @@ int quillon_report::generateAndWrite(QByteArray &output, QuillonReportType repor
         return BRIVANE_REPORT_INCOMPLETE;
     }
 
-    // Each text becomes the error, an empty one too: that wipes what stood there before.
+    // The builders' text becomes the error even when it is empty: that wipes what stood there before.
     QString error;
+    const auto hasFailed = [&] {
+        setErrorMessage(error.toUtf8().constData());
+        return hasErrorMessage();
+    };
     const QJsonObject branding = json::createBrandingData(mReportDefinition);
     const QJsonObject summary = json::createSummaryData(mReportDefinition, &error);
-    setErrorMessage(error.toUtf8().constData());
-    if (hasErrorMessage())
+    if (hasFailed())
         return BRIVANE_REPORT_GENERATION_FAILED;
     const QJsonArray subsections = json::createSubsectionsData(mReportDefinition, &error);
-    setErrorMessage(error.toUtf8().constData());
-    if (hasErrorMessage())
+    if (hasFailed())
         return BRIVANE_REPORT_GENERATION_FAILED;
     const QJsonObject colours = json::createColoursData(mReportDefinition, &error);
-    setErrorMessage(error.toUtf8().constData());
-    if (hasErrorMessage())
+    if (hasFailed())
         return BRIVANE_REPORT_GENERATION_FAILED;
 
     const QString dominant = getDefaultDominantMetric();
