@@ -1,5 +1,6 @@
 #include "core/rawsystem.h"
 
+#include <errno.h>
 #include <fcntl.h>
 #include <linux/futex.h>
 #include <sched.h>
@@ -132,11 +133,12 @@ void wake(std::atomic<std::uint32_t> &word)
     call(SYS_futex, address(&word), FUTEX_WAKE_PRIVATE, 1 << 30);
 }
 
-void waitUntil(std::atomic<std::uint32_t> &word, std::uint32_t value, std::uint64_t deadlineNs)
+bool waitUntil(std::atomic<std::uint32_t> &word, std::uint32_t value, std::uint64_t deadlineNs)
 {
     const timespec deadline = toTimespec(deadlineNs);
-    call(SYS_futex, address(&word), FUTEX_WAIT_BITSET_PRIVATE, value, address(&deadline), 0,
-        static_cast<long>(FUTEX_BITSET_MATCH_ANY));
+    return call(SYS_futex, address(&word), FUTEX_WAIT_BITSET_PRIVATE, value, address(&deadline), 0,
+               static_cast<long>(FUTEX_BITSET_MATCH_ANY))
+        == -ETIMEDOUT;
 }
 
 void waitForKernel(std::atomic<std::uint32_t> &word, std::uint32_t value, std::uint64_t limitNs)

@@ -80,13 +80,12 @@ void sampleUntilStopped()
     std::uint64_t tick = houseNs + tickNs;
     for (;;) {
         const std::uint64_t deadline = tick + momentInTick(tickNs, random);
-        while (order.load(std::memory_order_acquire) == GoOn && raw::clockNs(CLOCK_MONOTONIC) < deadline)
-            raw::waitUntil(order, GoOn, deadline);
+        while (order.load(std::memory_order_acquire) == GoOn && !raw::waitUntil(order, GoOn, deadline)) { }
         if (order.load(std::memory_order_acquire) != GoOn)
             return;
-        if (!watcher.look())
-            return;
         const std::uint64_t now = raw::clockNs(CLOCK_MONOTONIC);
+        if (!watcher.look(now))
+            return;
         tick = now > tick + 4 * tickNs ? now : tick + tickNs; // the process may have been stopped
         if (now - houseNs >= NsPerSecond) {
             houseNs = now;

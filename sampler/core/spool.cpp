@@ -216,26 +216,33 @@ void Spool::doubleInterval()
     ++mHeader->changeCount;
 }
 
-void Spool::addReading(spool::FigureId id, std::uint64_t timeNs, double value)
+// Calls `action` with each bin that lies between two moments, and the part of the time that does so.
+template <typename Action> void Spool::forEachBin(std::uint64_t fromNs, std::uint64_t toNs, Action action)
 {
-    add(binAt(timeNs).figures[id], {value, value, value, 1});
+    binAt(toNs); // whatever moves moves now
+    std::uint64_t begin = fromNs;
+    do {
+        const std::uint64_t border = mHeader->epochNs + (numberOfBin(begin) + 1) * mHeader->intervalNs;
+        const std::uint64_t end = border < toNs ? border : toNs;
+        action(binAt(begin),
+            toNs > fromNs ? static_cast<double>(end - begin) / static_cast<double>(toNs - fromNs) : 1.0);
+        begin = end;
+    } while (begin < toNs);
+}
+
+void Spool::addReading(spool::FigureId id, std::uint64_t fromNs, std::uint64_t toNs, double value)
+{
+    forEachBin(fromNs, toNs, [&](spool::Bin &bin, double) {
+        add(bin.figures[id], {value, value, value, 1});
+    });
 }
 
 void Spool::addCounted(spool::FigureId id, std::uint64_t fromNs, std::uint64_t toNs, double amount)
 {
-    binAt(toNs); // whatever moves moves now
-    const std::uint64_t interval = mHeader->intervalNs;
-    std::uint64_t begin = fromNs;
-    do {
-        const std::uint64_t border = mHeader->epochNs + (numberOfBin(begin) + 1) * interval;
-        const std::uint64_t end = border < toNs ? border : toNs;
-        const double share
-            = toNs > fromNs ? static_cast<double>(end - begin) / static_cast<double>(toNs - fromNs) : 1.0;
-        spool::Figure &figure = binAt(begin).figures[id];
-        figure.sum += amount * share;
-        ++figure.count;
-        begin = end;
-    } while (begin < toNs);
+    forEachBin(fromNs, toNs, [&](spool::Bin &bin, double part) {
+        bin.figures[id].sum += amount * part;
+        ++bin.figures[id].count;
+    });
 }
 
 } // namespace fern

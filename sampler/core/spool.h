@@ -28,8 +28,8 @@ public:
     // Which bin a moment falls into, counted from the epoch; changes its meaning with the interval.
     std::uint64_t numberOfBin(std::uint64_t timeNs) const;
 
-    // One reading of a gauge.
-    void addReading(spool::FigureId id, std::uint64_t timeNs, double value);
+    // A reading of a gauge: it stands for all bins since the reading before.
+    void addReading(spool::FigureId id, std::uint64_t fromNs, std::uint64_t toNs, double value);
     // What a counter counted between two moments, spread evenly over the bins between them.
     void addCounted(spool::FigureId id, std::uint64_t fromNs, std::uint64_t toNs, double amount);
 
@@ -37,6 +37,7 @@ public:
     std::uint64_t bytesWritten() const { return mBytesWritten; }
 
 private:
+    template <typename Action> void forEachBin(std::uint64_t fromNs, std::uint64_t toNs, Action action);
     bool grow();
     bool allocate(std::uint64_t offset, std::uint64_t size);
     void doubleInterval();

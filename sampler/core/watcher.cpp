@@ -11,8 +11,8 @@ namespace fern {
 namespace {
 
 constexpr std::uint64_t MaxTickNs = 10'000'000;
-// Figures are read once a bin, and at least this often while bins are wide.
-constexpr std::uint64_t MaxFigureIntervalNs = 100'000'000;
+// Reading all figures costs as much as several looks.
+constexpr std::uint64_t FigureIntervalNs = 100'000'000;
 // A thread is active if it ran for this part of the time since the last look.
 constexpr std::uint64_t ActivePart = 20;
 
@@ -36,9 +36,9 @@ std::uint64_t Watcher::tickNs() const
     return settings.intervalNs < MaxTickNs ? settings.intervalNs : MaxTickNs;
 }
 
-std::uint64_t Watcher::now() const
+std::uint64_t Watcher::realTime(std::uint64_t monotonicNs) const
 {
-    return mStartNs + raw::clockNs(CLOCK_MONOTONIC) - mStartMonotonicNs;
+    return mStartNs + monotonicNs - mStartMonotonicNs;
 }
 
 void Watcher::begin()
@@ -52,17 +52,16 @@ void Watcher::begin()
     mHasBegun = true;
 }
 
-bool Watcher::look()
+bool Watcher::look(std::uint64_t monotonicNs)
 {
     if (!mSpool.isMapped()) {
         if (!mSpool.create(mStartNs))
             return false;
         mCores = {mSpool.header().logicalCores, mSpool.header().physicalCores};
     }
-    const std::uint64_t time = now();
-    const bool isNewBin = mSpool.numberOfBin(time) != mSpool.numberOfBin(mFiguresNs);
+    const std::uint64_t time = realTime(monotonicNs);
     lookAtThreads(time);
-    if (isNewBin || mTicks == 0 || time - mFiguresNs >= MaxFigureIntervalNs)
+    if (mTicks == 0 || time - mFiguresNs >= FigureIntervalNs)
         readFigures(time);
     ++mTicks;
     updateHeader(time);
@@ -71,8 +70,9 @@ bool Watcher::look()
 
 void Watcher::finish(bool wantsSpool)
 {
-    if (mSpool.isMapped() || (wantsSpool && look())) {
-        const std::uint64_t time = now();
+    const std::uint64_t now = raw::clockNs(CLOCK_MONOTONIC);
+    if (mSpool.isMapped() || (wantsSpool && look(now))) {
+        const std::uint64_t time = realTime(now);
         readFigures(time);
         updateHeader(time);
     }
@@ -118,10 +118,11 @@ void Watcher::lookAtThreads(std::uint64_t timeNs)
 void Watcher::readFigures(std::uint64_t timeNs)
 {
     const process::Counters counted = mProcess.count(mSpool.bytesWritten(), mEarlierCpuNs);
+    const std::uint64_t fromNs = mFiguresNs;
     const auto add = [&](spool::FigureId id, std::uint64_t process::Counters::*counter) {
         const std::uint64_t before = mCounted.*counter;
         const std::uint64_t after = counted.*counter;
-        mSpool.addCounted(id, mFiguresNs, timeNs, after > before ? static_cast<double>(after - before) : 0.0);
+        mSpool.addCounted(id, fromNs, timeNs, after > before ? static_cast<double>(after - before) : 0.0);
     };
     if (counted.hasBytes && mCounted.hasBytes) {
         add(spool::FigureBytesRead, &process::Counters::bytesRead);
@@ -134,11 +135,11 @@ void Watcher::readFigures(std::uint64_t timeNs)
     mFiguresNs = timeNs;
 
     if (const std::uint64_t resident = mProcess.residentBytes())
-        mSpool.addReading(spool::FigureRss, timeNs, static_cast<double>(resident));
+        mSpool.addReading(spool::FigureRss, fromNs, timeNs, static_cast<double>(resident));
     if (const double used = mNode.memoryUsedPercent(); used >= 0.0)
-        mSpool.addReading(spool::FigureNodeMemoryUsedPercent, timeNs, used);
+        mSpool.addReading(spool::FigureNodeMemoryUsedPercent, fromNs, timeNs, used);
     if (const double load = mNode.loadAveragePercent(mCores); load >= 0.0)
-        mSpool.addReading(spool::FigureLoadAveragePercent, timeNs, load);
+        mSpool.addReading(spool::FigureLoadAveragePercent, fromNs, timeNs, load);
     mSpool.header().samplerCpuNs = mEarlierCpuNs + process::ownCpuNs();
 }
 

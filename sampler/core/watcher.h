@@ -19,9 +19,9 @@ public:
 
     // At a sampling thread's start: opens what it reads. The first time this is the counters' zero.
     void begin();
-    // One look at all threads, and at the figures if it is time. The first look makes the spool.
-    // False if there can't be one.
-    bool look();
+    // One look at all threads, and at the figures if it is time; `monotonicNs` is now. The first look
+    // makes the spool. False if there can't be one.
+    bool look(std::uint64_t monotonicNs);
     // The last look of a sampling thread. Without a spool so far, one is made if `wantsSpool`.
     void finish(bool wantsSpool);
 
@@ -34,7 +34,7 @@ private:
         std::uint64_t cpuNs;
     };
 
-    std::uint64_t now() const;
+    std::uint64_t realTime(std::uint64_t monotonicNs) const;
     bool hasWorked(std::uint32_t index, std::int32_t tid, std::uint64_t passedNs);
     void lookAtThreads(std::uint64_t timeNs);
     void readFigures(std::uint64_t timeNs);

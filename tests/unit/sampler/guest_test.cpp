@@ -1,0 +1,194 @@
+// Things that a guest in a process could disturb: the program sees the same with and without the sampler.
+
+#include "job.h"
+#include "spoolfile.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+namespace {
+
+// A client's run with the sampler, after it was compared with one without.
+struct Visit {
+    Folder folder;
+    Outcome outcome;
+    std::vector<SpoolFile> spools;
+
+    explicit Visit(const std::string &what)
+    {
+        const std::string file = folder.path() + "/file";
+        const Command command{client("guest"), what, file};
+        const Outcome alone = run(command);
+        unlinkFile(file);
+        outcome = run(command, samplingInto(folder.path()));
+        EXPECT_EQ(outcome, alone);
+        EXPECT_NE(outcome.status, 2 << 8) << "the client doesn't know " << what;
+        spools = spoolsIn(folder.path());
+        for (const SpoolFile &spool : spools)
+            EXPECT_EQ(spool.complaint(), "");
+    }
+    // The spool of the client itself.
+    const SpoolFile &first() const
+    {
+        static const SpoolFile none;
+        EXPECT_FALSE(spools.empty());
+        return spools.empty() ? none : spools.front();
+    }
+
+private:
+    static void unlinkFile(const std::string &path) { std::remove(path.c_str()); }
+};
+
+} // namespace
+
+TEST(Guest, AForkedChildThatLivesOnHasASpoolOfItsOwn)
+{
+    const Visit visit("fork");
+    // The fifty that end at once leave nothing.
+    ASSERT_EQ(visit.spools.size(), 2U);
+    EXPECT_EQ(visit.spools[1].header().parentPid, visit.spools[0].header().pid);
+    EXPECT_TRUE(visit.spools[0].has(spool::FlagEnded));
+    EXPECT_TRUE(visit.spools[1].has(spool::FlagEnded));
+    EXPECT_GE(percent(visit.spools[1].total().mainHits, spool::Compute), 90.0);
+}
+
+TEST(Guest, VforkAndExecInItsChild)
+{
+    const Visit visit("vfork");
+    EXPECT_EQ(visit.first().program(), "client-guest");
+    EXPECT_TRUE(visit.first().has(spool::FlagEnded));
+    EXPECT_FALSE(visit.first().has(spool::FlagExec));
+    EXPECT_EQ(spoolsOf("echo", visit.folder.path()).size(), 1U);
+}
+
+TEST(Guest, SpawnPopenAndSystem)
+{
+    const Visit visit("spawn");
+    EXPECT_TRUE(visit.first().has(spool::FlagEnded));
+}
+
+TEST(Guest, ExecEndsOneSpoolAndBeginsAnother)
+{
+    const Visit visit("exec");
+    ASSERT_GE(visit.spools.size(), 2U);
+    EXPECT_TRUE(visit.spools[0].has(spool::FlagExec));
+    EXPECT_FALSE(visit.spools[0].has(spool::FlagEnded));
+    EXPECT_EQ(visit.spools[1].header().pid, visit.spools[0].header().pid);
+    EXPECT_TRUE(visit.spools[1].has(spool::FlagLauncher));
+    EXPECT_FALSE(visit.spools[1].has(spool::FlagExec));
+}
+
+TEST(Guest, AFailedExecGoesOnBeingSampled)
+{
+    const Visit visit("failedexec");
+    ASSERT_EQ(visit.spools.size(), 1U);
+    EXPECT_FALSE(visit.first().has(spool::FlagExec));
+    EXPECT_TRUE(visit.first().has(spool::FlagEnded));
+    const spool::Header &header = visit.first().header();
+    // Looks every 10 ms: half the time would be missing had it stopped.
+    EXPECT_GE(
+        static_cast<double>(header.ticks), 0.6 * static_cast<double>(header.lastNs - header.startNs) / 1e7);
+}
+
+TEST(Guest, ThreadsAreSampled)
+{
+    const Visit visit("threads");
+    const spool::Bin total = visit.first().total();
+    EXPECT_EQ(visit.first().header().maxThreads, 5);
+    EXPECT_EQ(visit.first().header().threadsMissed, 0U);
+    EXPECT_GE(percent(total.otherHits, spool::PthreadCompute), 95.0);
+    EXPECT_GE(percent(total.mainHits, spool::PthreadSync), 60.0);
+    // While the others work the main thread isn't alone.
+    EXPECT_LT(sum(total.mainAloneHits), sum(total.mainHits));
+}
+
+TEST(Guest, ThreadsBeyondTheTableRunUnsampled)
+{
+    const Visit visit("manythreads");
+    EXPECT_EQ(visit.first().header().maxThreads, 1024);
+    EXPECT_EQ(visit.first().header().threadsMissed, 1100U - 1023U);
+}
+
+TEST(Guest, PthreadExitInMain)
+{
+    const Visit visit("mainexits");
+    const spool::Bin total = visit.first().total();
+    EXPECT_TRUE(visit.first().has(spool::FlagEnded));
+    EXPECT_GE(sum(total.otherHits), 5U);
+    EXPECT_LE(sum(total.mainHits), 2U);
+}
+
+TEST(Guest, AProcessWhoseOnlyThreadEndsByItsOwnSystemCall)
+{
+    const Visit visit("rawexit");
+    EXPECT_EQ(visit.outcome.status, 0);
+}
+
+TEST(Guest, CancellationReachesAThreadInAWrappedCall)
+{
+    const Visit visit("cancel");
+    EXPECT_EQ(visit.outcome.output, "cancelled\n");
+}
+
+TEST(Guest, AProgramThatClosesEveryDescriptor)
+{
+    const Visit visit("closeall");
+    const spool::Header &header = visit.first().header();
+    EXPECT_GE(
+        static_cast<double>(header.ticks), 0.6 * static_cast<double>(header.lastNs - header.startNs) / 1e7);
+    EXPECT_TRUE(visit.first().has(spool::FlagEnded));
+}
+
+TEST(Guest, PipesReachTheirEnd)
+{
+    const Visit visit("pipeend");
+    EXPECT_NE(visit.outcome.output.find("the pipe's end: 0\n"), std::string::npos);
+}
+
+TEST(Guest, QuickExitEndsTheSpool)
+{
+    const Visit visit("quickexit");
+    EXPECT_EQ(WEXITSTATUS(visit.outcome.status), 7);
+    EXPECT_TRUE(visit.first().has(spool::FlagEnded));
+}
+
+TEST(Guest, ADaemon)
+{
+    const Visit visit("daemon");
+    EXPECT_EQ(visit.outcome.output, "the daemon\n");
+    ASSERT_EQ(visit.spools.size(), 1U);
+    EXPECT_GE(visit.first().header().ticks, 5U);
+}
+
+TEST(Guest, Signals)
+{
+    const Visit visit("signals");
+    EXPECT_EQ(WTERMSIG(visit.outcome.status), SIGTERM);
+    EXPECT_FALSE(visit.first().has(spool::FlagEnded));
+}
+
+TEST(Guest, Abort)
+{
+    const Visit visit("abort");
+    EXPECT_EQ(WTERMSIG(visit.outcome.status), SIGABRT);
+    EXPECT_GE(percent(visit.first().total().mainHits, spool::Compute), 90.0);
+}
+
+TEST(Guest, NamespacesAndRightsChangeAsForASingleThread)
+{
+    const Visit visit("rights");
+    const spool::Header &header = visit.first().header();
+    EXPECT_GE(
+        static_cast<double>(header.ticks), 0.6 * static_cast<double>(header.lastNs - header.startNs) / 1e7);
+}
+
+TEST(Guest, TheEnvironmentIsLeftAlone)
+{
+    const Folder folder;
+    const Environment environment = samplingInto(folder.path());
+    std::string expected = run({client("guest"), "environment"}).output;
+    for (const auto &[name, value] : environment)
+        expected += name + "=" + value + "\n";
+    EXPECT_EQ(run({client("guest"), "environment"}, environment).output, expected);
+}
