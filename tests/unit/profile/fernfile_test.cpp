@@ -361,7 +361,7 @@ const Damage Damages[] = {
         "INSERT INTO sample_reading SELECT metric, 10, 1, 1, 1, 1, 1, 1 FROM sample_reading WHERE sample = 9",
         "sample_reading"},
     {"ErrorOfNoMetric", "UPDATE metric_error SET metric = 77", "metric"},
-    {"ErrorsOutOfOrder", "UPDATE metric_error SET position = position + 1", "metric_error"},
+    {"ErrorsOutOfOrder", "UPDATE metric_error SET position = position + 10", "metric_error"},
 };
 
 class FernFileDamage : public FernFileTest, public ::testing::WithParamInterface<Damage> { };
