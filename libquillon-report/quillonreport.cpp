@@ -83,10 +83,12 @@ int wholeSeconds(int ms)
     return static_cast<int>((qint64(ms) + 999) / 1000);
 }
 
+// The program's folder. One that isn't on this machine has no canonical path, for which Qt says "." instead
+// of nothing.
 QString exePath(const QFileInfo &target)
 {
-    const QString canonicalPath = target.canonicalPath();
-    return canonicalPath.isEmpty() ? PathString::cleanPath(target.path()) : canonicalPath;
+    return target.canonicalFilePath().isEmpty() ? PathString::cleanPath(target.path())
+                                                : target.canonicalPath();
 }
 
 QString notes(const ProfilerData &data)
