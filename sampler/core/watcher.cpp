@@ -26,8 +26,6 @@ void Watcher::reset(std::uint64_t startNs, std::uint64_t startMonotonicNs)
     mEarlierCpuNs = 0;
     mTicks = 0;
     mHasBegun = false;
-    for (Seen &seen : mSeen)
-        seen = {};
     raw::bytesRead = 0;
 }
 

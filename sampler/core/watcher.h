@@ -52,7 +52,7 @@ private:
     std::uint64_t mEarlierCpuNs = 0; // of earlier sampling threads of this process
     std::uint64_t mTicks = 0;
     bool mHasBegun = false;
-    Seen mSeen[MaxThreads] = {};
+    Seen mSeen[MaxThreads] = {}; // by slot; another thread's entry means nothing, so it needn't be cleared
 };
 
 } // namespace fern

@@ -63,6 +63,8 @@ private:
 
 Helper<Word, int *> commRank("PMPI_Comm_rank");
 Helper<Word, int *> commSize("PMPI_Comm_size");
+Helper<Word, int *> commTestInter("PMPI_Comm_test_inter");
+Helper<Word, int *> commRemoteSize("PMPI_Comm_remote_size");
 Helper<Word, int *> typeSize("PMPI_Type_size");
 
 // Whether handles are addresses of the library's own objects, as in Open MPI and its kin.
@@ -139,6 +141,15 @@ int sizeOf(Word communicator)
     return commSize(communicator, &size) == 0 ? size : 0;
 }
 
+int peersIn(Word communicator)
+{
+    int isInter = 0;
+    int size = 0;
+    if (commTestInter(communicator, &isInter) == 0 && isInter != 0)
+        return commRemoteSize(communicator, &size) == 0 ? size : 0;
+    return sizeOf(communicator);
+}
+
 Word world()
 {
     return handlesArePointers() ? reinterpret_cast<Word>(findObject("ompi_mpi_comm_world")) : MpichWorld;
@@ -164,9 +175,11 @@ std::uint64_t sizeOfType(Word word)
     return static_cast<std::uint64_t>(asked);
 }
 
-void forgetType(Word word)
+void forgetTypeAt(Word address)
 {
-    const Word type = handle(word);
+    const Word type = handlesArePointers()
+        ? *reinterpret_cast<const Word *>(address)
+        : handle(static_cast<Word>(*reinterpret_cast<const std::int32_t *>(address)));
     KnownType &known = entryOf(type);
     if (known.type.load(std::memory_order_relaxed) == type)
         known.type.store(0, std::memory_order_release);

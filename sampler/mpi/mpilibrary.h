@@ -16,16 +16,19 @@ using Function = void (*)();
 // are found through `caller`, an address in the code that called. nullptr if there is no MPI.
 Function find(const char *name, const void *caller);
 
-// Rank and size of the calling process in a communicator; -1 and 0 if unknown.
+// Rank of the calling process in a communicator; -1 if unknown.
 int rankIn(Word communicator);
+// Ranks of a communicator, of an intercommunicator the local ones; 0 if unknown.
 int sizeOf(Word communicator);
+// Those that a rank sends to and receives from: of an intercommunicator the remote ones.
+int peersIn(Word communicator);
 // The handle of MPI_COMM_WORLD.
 Word world();
 
 // Size of a datatype in bytes, remembered; 0 for the null datatype.
 std::uint64_t sizeOfType(Word type);
-// The handle may mean another type from now on.
-void forgetType(Word type);
+// The handle that lies at an address may mean another type from now on.
+void forgetTypeAt(Word address);
 
 // Whether a buffer argument is MPI_IN_PLACE.
 bool isInPlace(Word buffer);

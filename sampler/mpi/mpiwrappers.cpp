@@ -161,6 +161,6 @@ FERN_MPI_WRAPPER(Type_free, 1)
 {
     FERN_MPI_REAL(Type_free);
     const CategoryScope scope(fern::spool::MpiOther);
-    fern::mpi::forgetType(*reinterpret_cast<const Word *>(a0));
+    fern::mpi::forgetTypeAt(a0);
     return function(a0);
 }

@@ -23,15 +23,20 @@ inline std::uint64_t bytes(std::uint64_t count, Word type)
     return count != 0 ? count * sizeOfType(type) : 0;
 }
 
-// The counts of all ranks of a communicator; `word` is the address of an array of int.
-inline std::uint64_t allCounts(Word word, Word communicator)
+// The sum of an array of counts; `word` is its address.
+inline std::uint64_t sumOfCounts(Word word, int size)
 {
     const int *counts = reinterpret_cast<const int *>(word);
-    const int size = counts != nullptr ? sizeOf(communicator) : 0;
     std::uint64_t sum = 0;
-    for (int i = 0; i < size; ++i)
+    for (int i = 0; counts != nullptr && i < size; ++i)
         sum += count(counts[i]);
     return sum;
+}
+
+// That of the counts for all peers.
+inline std::uint64_t peerCounts(Word word, Word communicator)
+{
+    return sumOfCounts(word, peersIn(communicator));
 }
 
 inline bool isRoot(Word root, Word communicator)
@@ -39,9 +44,9 @@ inline bool isRoot(Word root, Word communicator)
     return static_cast<int>(root) == rankIn(communicator);
 }
 
-inline std::uint64_t ranks(Word communicator)
+inline std::uint64_t peers(Word communicator)
 {
-    return static_cast<std::uint64_t>(sizeOf(communicator));
+    return static_cast<std::uint64_t>(peersIn(communicator));
 }
 
 inline std::uint64_t none(Words)
@@ -76,64 +81,64 @@ inline std::uint64_t reduceScatter(Words w)
     if (rank < 0)
         return 0;
     const std::uint64_t own = count(reinterpret_cast<const int *>(w[2])[rank]);
-    return bytes(allCounts(w[2], w[5]) + own, w[3]);
+    return bytes(sumOfCounts(w[2], sizeOf(w[5])) + own, w[3]);
 }
 
 inline std::uint64_t reduceScatterBlock(Words w)
 {
-    return bytes(count(w[2]) * (ranks(w[5]) + 1), w[3]);
+    return bytes(count(w[2]) * (peers(w[5]) + 1), w[3]);
 }
 
 // send buffer, count, type, receive buffer, count, type, root, communicator
 inline std::uint64_t gather(Words w)
 {
     const std::uint64_t sent = isInPlace(w[0]) ? 0 : one<1, 2>(w);
-    return sent + (isRoot(w[6], w[7]) ? ranks(w[7]) * one<4, 5>(w) : 0);
+    return sent + (isRoot(w[6], w[7]) ? peers(w[7]) * one<4, 5>(w) : 0);
 }
 
 // send buffer, count, type, receive buffer, counts, displacements, type, root, communicator
 inline std::uint64_t gatherv(Words w)
 {
     const std::uint64_t sent = isInPlace(w[0]) ? 0 : one<1, 2>(w);
-    return sent + (isRoot(w[7], w[8]) ? bytes(allCounts(w[4], w[8]), w[6]) : 0);
+    return sent + (isRoot(w[7], w[8]) ? bytes(peerCounts(w[4], w[8]), w[6]) : 0);
 }
 
 inline std::uint64_t scatter(Words w)
 {
     const std::uint64_t received = isInPlace(w[3]) ? 0 : one<4, 5>(w);
-    return received + (isRoot(w[6], w[7]) ? ranks(w[7]) * one<1, 2>(w) : 0);
+    return received + (isRoot(w[6], w[7]) ? peers(w[7]) * one<1, 2>(w) : 0);
 }
 
 // send buffer, counts, displacements, type, receive buffer, count, type, root, communicator
 inline std::uint64_t scatterv(Words w)
 {
     const std::uint64_t received = isInPlace(w[4]) ? 0 : one<5, 6>(w);
-    return received + (isRoot(w[7], w[8]) ? bytes(allCounts(w[1], w[8]), w[3]) : 0);
+    return received + (isRoot(w[7], w[8]) ? bytes(peerCounts(w[1], w[8]), w[3]) : 0);
 }
 
 // send buffer, count, type, receive buffer, count, type, communicator
 inline std::uint64_t allgather(Words w)
 {
-    return (isInPlace(w[0]) ? 0 : one<1, 2>(w)) + ranks(w[6]) * one<4, 5>(w);
+    return (isInPlace(w[0]) ? 0 : one<1, 2>(w)) + peers(w[6]) * one<4, 5>(w);
 }
 
 // send buffer, count, type, receive buffer, counts, displacements, type, communicator
 inline std::uint64_t allgatherv(Words w)
 {
-    return (isInPlace(w[0]) ? 0 : one<1, 2>(w)) + bytes(allCounts(w[4], w[7]), w[6]);
+    return (isInPlace(w[0]) ? 0 : one<1, 2>(w)) + bytes(peerCounts(w[4], w[7]), w[6]);
 }
 
 inline std::uint64_t alltoall(Words w)
 {
     const std::uint64_t received = one<4, 5>(w);
-    return ranks(w[6]) * (received + (isInPlace(w[0]) ? received : one<1, 2>(w)));
+    return peers(w[6]) * (received + (isInPlace(w[0]) ? received : one<1, 2>(w)));
 }
 
 // send buffer, counts, displacements, type, receive buffer, counts, displacements, type, communicator
 inline std::uint64_t alltoallv(Words w)
 {
-    const std::uint64_t received = bytes(allCounts(w[5], w[8]), w[7]);
-    return received + (isInPlace(w[0]) ? received : bytes(allCounts(w[1], w[8]), w[3]));
+    const std::uint64_t received = bytes(peerCounts(w[5], w[8]), w[7]);
+    return received + (isInPlace(w[0]) ? received : bytes(peerCounts(w[1], w[8]), w[3]));
 }
 
 } // namespace fern::mpi::payload

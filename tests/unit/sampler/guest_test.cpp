@@ -183,6 +183,17 @@ TEST(Guest, NamespacesAndRightsChangeAsForASingleThread)
         static_cast<double>(header.ticks), 0.6 * static_cast<double>(header.lastNs - header.startNs) / 1e7);
 }
 
+TEST(Guest, AProgramThatUnloadsTheLibrary)
+{
+    const Folder folder;
+    const Outcome outcome
+        = run({client("guest"), "unload", SAMPLER_LIBRARY}, {{"QUILLON_SAMPLER_SPOOL", folder.path()}});
+    EXPECT_EQ(outcome, (Outcome{"unloaded: 0\n", "", 0}));
+    const std::vector<SpoolFile> spools = spoolsIn(folder.path());
+    ASSERT_EQ(spools.size(), 1U);
+    EXPECT_TRUE(spools.front().has(spool::FlagEnded));
+}
+
 TEST(Guest, TheEnvironmentIsLeftAlone)
 {
     const Folder folder;

@@ -51,17 +51,14 @@ void checkRank(int rank, const SpoolFile &spool, std::map<std::string, double> m
     EXPECT_DOUBLE_EQ(total.figures[spool::FigureMpiCollectiveBytes].sum, 10 * 2 * 8000.0);
 }
 
-} // namespace
-
-TEST_P(Mpi, WaitsAndBytesOfTwoRanks)
+// Runs two ranks of a program and checks what was found.
+void runTwoRanks(const Flavour &flavour, const Command &program)
 {
-    const Flavour &flavour = GetParam();
-    const std::string program = client(std::string("mpishares-") + flavour.name);
-    if (access(program.c_str(), X_OK) != 0)
-        GTEST_SKIP() << "Requires " << flavour.name;
     const Folder folder;
     Command command = flavour.launcher;
-    command.insert(command.end(), {"-n", "2", program, "1", "1"});
+    command.insert(command.end(), {"-n", "2"});
+    command.insert(command.end(), program.begin(), program.end());
+    command.insert(command.end(), {"0.8", "0.8"});
     Environment environment = samplingInto(folder.path());
     environment["OMPI_ALLOW_RUN_AS_ROOT"] = "1";
     environment["OMPI_ALLOW_RUN_AS_ROOT_CONFIRM"] = "1";
@@ -77,6 +74,24 @@ TEST_P(Mpi, WaitsAndBytesOfTwoRanks)
     }
     for (const SpoolFile &spool : spools)
         EXPECT_NE(spool.has(spool::FlagMpi), spool.has(spool::FlagLauncher)) << spool.program();
+}
+
+} // namespace
+
+TEST_P(Mpi, WaitsAndBytesOfTwoRanks)
+{
+    const std::string program = client(std::string("mpishares-") + GetParam().name);
+    if (access(program.c_str(), X_OK) != 0)
+        GTEST_SKIP() << "Requires " << GetParam().name;
+    runTwoRanks(GetParam(), {program});
+}
+
+TEST_P(Mpi, AModuleThatIsLoadedForItselfAlone)
+{
+    const std::string module = std::string(CLIENTS_DIR) + "/mpishares-" + GetParam().name + ".so";
+    if (access(module.c_str(), R_OK) != 0)
+        GTEST_SKIP() << "Requires " << GetParam().name;
+    runTwoRanks(GetParam(), {client("loader"), module});
 }
 
 INSTANTIATE_TEST_SUITE_P(Sampler, Mpi,

@@ -72,7 +72,8 @@ INSTANTIATE_TEST_SUITE_P(Sampler, Programs,
             "tar --sort=name --mtime=@0 --owner=0 --group=0 -cf - d | md5sum;"
             "tar -czf d.tgz d && mkdir e && tar -xzf d.tgz -C e && diff -r d e/d && ls -R e"},
         Program{"git",
-            "export HOME=$PWD GIT_CONFIG_NOSYSTEM=1 GIT_AUTHOR_DATE='@1000000000 +0000' GIT_COMMITTER_DATE='@1000000000 +0000';"
+            "export HOME=$PWD GIT_CONFIG_NOSYSTEM=1 GIT_AUTHOR_DATE='@1000000000 +0000' "
+            "GIT_COMMITTER_DATE='@1000000000 +0000';"
             "git -c init.defaultBranch=m init -q r && cd r && git config user.name n && "
             "git config user.email n@host.example && seq 1 1000 > f && git add f && git commit -qm one &&"
             "seq 1 2000 > f && git commit -qam two && git log -p --stat | md5sum && git gc -q && git fsck "

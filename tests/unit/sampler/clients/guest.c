@@ -5,6 +5,7 @@
 #define _GNU_SOURCE
 #include "clock.h"
 
+#include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <pthread.h>
@@ -327,6 +328,15 @@ static int doAbort(void)
     abort();
 }
 
+static int doUnload(const char *library)
+{
+    void *handle = dlopen(library, RTLD_NOW);
+    compute(AWhile);
+    printf("unloaded: %d\n", handle ? dlclose(handle) : -1);
+    compute(AWhile);
+    return 0;
+}
+
 static int doRights(void)
 {
     compute(AWhile);
@@ -350,6 +360,8 @@ int main(int count, char **arguments)
         {"abort", doAbort}, {"rights", doRights}};
     if (strcmp(what, "closeall") == 0 && count > 2)
         return doCloseAll(arguments[2]);
+    if (strcmp(what, "unload") == 0 && count > 2)
+        return doUnload(arguments[2]);
     if (strcmp(what, "environment") == 0) {
         for (char **variable = environ; *variable; ++variable)
             puts(*variable);

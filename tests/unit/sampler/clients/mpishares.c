@@ -10,6 +10,11 @@
 
 enum { Rounds = 5, Numbers = 1000 };
 
+/* Built as a module, too. */
+#ifdef MODULE
+#define main runModule
+#endif
+
 int main(int count, char **arguments)
 {
     const double begin = seconds();
