@@ -1,5 +1,6 @@
 #include "reportengine.h"
 
+#include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
 #include <QFile>
@@ -7,6 +8,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+
+#include <clocale>
 
 namespace brivane {
 
@@ -42,6 +45,20 @@ QScriptValue print(QScriptContext *context, QScriptEngine *engine)
         words.append(context->argument(i).toString());
     qDebug().noquote() << words.join(QLatin1Char(' '));
     return engine->undefinedValue();
+}
+
+/// Null when there is an application.
+QCoreApplication *makeMissingApplication()
+{
+    static int argc = 1;
+    static char name[] = "report-engine";
+    static char *argv[] = {name, nullptr};
+    if (QCoreApplication::instance())
+        return nullptr;
+    const QByteArray locale = std::setlocale(LC_ALL, nullptr);
+    QCoreApplication *application = new QCoreApplication(argc, argv);
+    std::setlocale(LC_ALL, locale.constData());
+    return application;
 }
 
 /// Browsers too old to draw the chart leave its scripts alone.
@@ -81,6 +98,7 @@ QString jsonForPage(const QJsonDocument &document)
 } // namespace
 
 ReportEngine::ReportEngine()
+    : mApplication(makeMissingApplication())
 {
     mQtScriptEngine.globalObject().setProperty(QStringLiteral("print"), mQtScriptEngine.newFunction(print));
     for (const char *name : kScripts) {
@@ -153,7 +171,7 @@ QString ReportEngine::renderStatic(
     const QString json = QString::fromUtf8(QJsonDocument(data).toJson(QJsonDocument::Compact));
     const QScriptValue parse
         = mQtScriptEngine.globalObject().property(QStringLiteral("JSON")).property(QStringLiteral("parse"));
-    const QScriptValue document = QScriptValue(parse).call(QScriptValue(), {QScriptValue(json)});
+    const QScriptValue document = QScriptValue(parse).call(QScriptValue(), QScriptValueList{json});
     return call(QStringLiteral("render"), {templateName, format.toString(), document}, error).toString();
 }
 

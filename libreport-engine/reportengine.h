@@ -5,10 +5,12 @@
 #include "reportformat.h"
 
 #include <QMap>
+#include <QScopedPointer>
 #include <QScriptEngine>
 #include <QString>
 #include <QStringList>
 
+class QCoreApplication;
 class QDir;
 class QFile;
 class QJsonObject;
@@ -18,6 +20,9 @@ namespace brivane {
 /// A script engine with a template engine on top, for one report: templates (partials) and scripts are loaded
 /// into it, and then a template is rendered with a JSON document. Its script half, the global ReportEngine
 /// and what that needs, is read from the resource folder ":quillon-report/custom".
+///
+/// A program needn't have a QCoreApplication, though Qt's script engine does: one is made for the engine's
+/// life then, and the program's locale stays as it was.
 ///
 /// Nothing here is shared between engines, and an engine belongs to one thread. Where an operation takes
 /// `error`, that is a null pointer or a string that receives the reason of a failure and is left alone
@@ -55,6 +60,7 @@ public:
     QString renderDynamicHtml(const QJsonObject &data, const QString &templateName, QString *error);
 
 private:
+    QScopedPointer<QCoreApplication> mApplication;
     QScriptEngine mQtScriptEngine;
     QStringList mLoadedScripts;
     QMap<ReportFormat, QMap<QString, QString>> mLoadedPartials;
