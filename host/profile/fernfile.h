@@ -14,10 +14,10 @@ constexpr int ApplicationId = 0x4665726e; // "Fern"
 constexpr int FormatVersion = 2; // versions 0 and 1 belong to releases before 5.0 and can't be read
 
 // Writes a profile under a temporary name in the target's folder and renames the file when it is whole, so
-// that a failure leaves an older file as it was. False, with a sentence in `error`, if that failed.
+// that a failure leaves an older file as it was. False, with a message in `error`, if that failed.
 BRIVANE_HOST_EXPORT bool write(const ProfilerData &profile, const QString &path, QString *error);
 
-// Reads a profile. False, with one sentence in `error`, if `path` isn't a .fern file or is damaged, and
+// Reads a profile. False, with one message in `error`, if `path` isn't a .fern file or is damaged, and
 // then `profile` isn't changed. A file of an old version gives a profile that knows its path and its
 // version and nothing else: whether that is good enough is for the caller to say.
 BRIVANE_HOST_EXPORT bool read(const QString &path, ProfilerData *profile, QString *error);

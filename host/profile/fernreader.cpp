@@ -64,7 +64,7 @@ private:
         *mError = sentence;
         return false;
     }
-    bool damaged(const QString &where) { return fail(tr("%1 is damaged (%2).").arg(mPath, where)); }
+    bool damaged(const QString &where) { return fail(tr("'%1' is damaged (%2)").arg(mPath, where)); }
     // After the last row of a table.
     bool finished(const FernStatement &select, const char *table)
     {
@@ -107,37 +107,37 @@ bool Reader::readHeader(DatabaseHeader *header)
 {
     QFile file(mPath);
     if (QFileInfo(mPath).isDir() || (QFileInfo::exists(mPath) && !QFileInfo(mPath).isFile())) {
-        return fail(tr("%1 is not a file.").arg(mPath));
+        return fail(tr("'%1' is not a file").arg(mPath));
     }
     if (!file.open(QIODevice::ReadOnly)) {
-        return fail(tr("Cannot read %1: %2.").arg(mPath, file.errorString()));
+        return fail(tr("cannot read '%1': %2").arg(mPath, file.errorString()));
     }
     if (file.size() == 0) {
-        return fail(tr("%1 is empty.").arg(mPath));
+        return fail(tr("'%1' is empty").arg(mPath));
     }
     header->bytes = file.read(DatabaseHeader::Size);
     if (!header->isDatabase()) {
-        return fail(tr("%1 is not a FERN file.").arg(mPath));
+        return fail(tr("'%1' is not a FERN file").arg(mPath));
     }
     if (header->bytes.size() < DatabaseHeader::Size) {
-        return fail(tr("%1 is truncated.").arg(mPath));
+        return fail(tr("'%1' is truncated").arg(mPath));
     }
     if (header->applicationId() != FernFile::ApplicationId) {
-        return fail(tr("%1 is not a FERN file, but a database of another kind.").arg(mPath));
+        return fail(tr("'%1' is not a FERN file, but a database of another kind").arg(mPath));
     }
     if (header->userVersion() < 0) {
         return damaged(QStringLiteral("format version"));
     }
     if (header->userVersion() > FernFile::FormatVersion) {
         return fail(
-            tr("%1 was written by a newer release: its format version is %2, and this release reads up "
-               "to %3.")
+            tr("'%1' was written by a newer release: its format version is %2, and this release reads up "
+               "to %3")
                 .arg(mPath)
                 .arg(header->userVersion())
                 .arg(FernFile::FormatVersion));
     }
     if (file.size() < header->fileSize()) {
-        return fail(tr("%1 is truncated.").arg(mPath));
+        return fail(tr("'%1' is truncated").arg(mPath));
     }
     return true;
 }

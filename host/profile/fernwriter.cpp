@@ -40,7 +40,7 @@ private:
 
     bool fail(const QString &reason)
     {
-        *mError = tr("Cannot write %1: %2.").arg(mPath, reason);
+        *mError = tr("cannot write '%1': %2").arg(mPath, reason);
         return false;
     }
     bool failBySystem() { return fail(qt_error_string(errno)); }

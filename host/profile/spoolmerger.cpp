@@ -28,16 +28,16 @@ public:
 
     void skipped(const QString &path, const QString &reason)
     {
-        add(tr("Skipped %1: %2.").arg(QFileInfo(path).fileName(), reason));
+        add(tr("skipped '%1': %2").arg(QFileInfo(path).fileName(), reason));
     }
     void threadsMissed(const SpoolProcess &process)
     {
-        add(tr("%1 thread(s) of process %2 on %3 are not in the profile, because it had too many.")
+        add(tr("%1 thread(s) of process %2 on %3 are not in the profile, because it had too many")
                 .arg(QString::number(process.threadsMissed), QString::number(process.pid), process.hostname));
     }
     void ranksMissing(int found, int expected)
     {
-        add(tr("Only %1 of %2 ranks left a profile.").arg(found).arg(expected));
+        add(tr("only %1 of %2 ranks left a profile").arg(found).arg(expected));
     }
 
 private:

@@ -16,7 +16,7 @@ class ProfilerData;
 // and OMP_NUM_THREADS. The caller adds the command line and the notes.
 //
 // False if no spool holds anything to count; `profile` is then unchanged. A spool that can't be used is
-// skipped: `remarks`, which may be null, gets one sentence for each, located by its file name.
+// skipped: `remarks`, which may be null, gets one message for each, located by its file name.
 BRIVANE_HOST_EXPORT bool mergeSpools(const QString &folder, ProfilerData *profile, QStringList *remarks);
 
 #endif

@@ -138,9 +138,9 @@ protected:
         QString error;
         EXPECT_FALSE(FernFile::read(path, &profile, &error));
         EXPECT_EQ(profile.numSamples(), 3) << "a failure leaves the profile as it was";
-        EXPECT_TRUE(error.endsWith('.')) << qPrintable(error);
+        EXPECT_FALSE(error.isEmpty());
         EXPECT_FALSE(error.contains('\n'));
-        return error.replace(path, "F");
+        return error.replace("'" + path + "'", "F");
     }
 
     ProfilerData readBack(const QString &path)
@@ -257,9 +257,10 @@ TEST_F(FernFileTest, WritingFailsWithOneSentence)
 {
     QString error;
     EXPECT_FALSE(FernFile::write(fullProfile(), path("missing/run.fern"), &error));
-    EXPECT_EQ(error, "Cannot write " + path("missing/run.fern") + ": No such file or directory.");
+    EXPECT_EQ(error, "cannot write '" + path("missing/run.fern") + "': No such file or directory");
     EXPECT_FALSE(FernFile::write(fullProfile(), mFolder.path(), &error));
-    EXPECT_EQ(error, "Cannot write " + QFileInfo(mFolder.path()).canonicalFilePath() + ": it is not a file.");
+    EXPECT_EQ(
+        error, "cannot write '" + QFileInfo(mFolder.path()).canonicalFilePath() + "': it is not a file");
 }
 
 TEST_F(FernFileTest, OldVersionsGiveTheirVersionAndNothingElse)
@@ -280,33 +281,33 @@ TEST_F(FernFileTest, NewerVersionIsRefused)
     const QString path = written();
     tamper(path, "PRAGMA user_version = 99");
     EXPECT_EQ(refusal(path),
-        "F was written by a newer release: its format version is 99, and this release reads up to 2.");
+        "F was written by a newer release: its format version is 99, and this release reads up to 2");
 }
 
 TEST_F(FernFileTest, WhatIsNoFernFileIsRefused)
 {
-    EXPECT_EQ(refusal(path("missing.fern")), "Cannot read F: No such file or directory.");
-    EXPECT_EQ(refusal(mFolder.path()), "F is not a file.");
-    EXPECT_EQ(refusal("/dev/null"), "F is not a file.");
-    EXPECT_EQ(refusal(file("")), "F is empty.");
-    EXPECT_EQ(refusal(file("Just a text.\n")), "F is not a FERN file.");
-    EXPECT_EQ(refusal(file("SQLite format 3")), "F is not a FERN file.");
+    EXPECT_EQ(refusal(path("missing.fern")), "cannot read F: No such file or directory");
+    EXPECT_EQ(refusal(mFolder.path()), "F is not a file");
+    EXPECT_EQ(refusal("/dev/null"), "F is not a file");
+    EXPECT_EQ(refusal(file("")), "F is empty");
+    EXPECT_EQ(refusal(file("Just a text.\n")), "F is not a FERN file");
+    EXPECT_EQ(refusal(file("SQLite format 3")), "F is not a FERN file");
     QFile::remove(path());
     tamper(path(), "CREATE TABLE run (target TEXT)");
-    EXPECT_EQ(refusal(path()), "F is not a FERN file, but a database of another kind.");
+    EXPECT_EQ(refusal(path()), "F is not a FERN file, but a database of another kind");
 }
 
 TEST_F(FernFileTest, PipeIsRefusedWithoutWaiting)
 {
     ASSERT_EQ(mkfifo(qPrintable(path("pipe.fern")), 0600), 0);
-    EXPECT_EQ(refusal(path("pipe.fern")), "F is not a file.");
+    EXPECT_EQ(refusal(path("pipe.fern")), "F is not a file");
 }
 
 TEST_F(FernFileTest, TruncatedFileIsRefusedWhereverItEnds)
 {
     const QByteArray whole = bytesOf(written());
     for (int size : {16, 99, 100, 512, 1023, 1024, 4096, whole.size() / 2, whole.size() - 1}) {
-        EXPECT_EQ(refusal(file(whole.left(size))), "F is truncated.") << size << " bytes";
+        EXPECT_EQ(refusal(file(whole.left(size))), "F is truncated") << size << " bytes";
     }
 }
 
@@ -370,7 +371,7 @@ TEST_P(FernFileDamage, IsFoundAndLocated)
 {
     const QString path = written();
     tamper(path, GetParam().statements);
-    EXPECT_EQ(refusal(path).toStdString(), std::string("F is damaged (") + GetParam().where + ").");
+    EXPECT_EQ(refusal(path).toStdString(), std::string("F is damaged (") + GetParam().where + ")");
 }
 
 INSTANTIATE_TEST_SUITE_P(Damages, FernFileDamage, ::testing::ValuesIn(Damages),

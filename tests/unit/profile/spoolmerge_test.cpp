@@ -250,7 +250,7 @@ TEST(SpoolMerge, RanksWithoutASpoolAreTold)
         folder.add(SpoolWriter(0, 200, 100).main(spool::Compute, 1).rank(rank, 9));
     }
     EXPECT_EQ(folder.merge().getProfiledRanks(), "0-2,5,7-8");
-    EXPECT_EQ(folder.remarks, QStringList{"Only 6 of 9 ranks left a profile."});
+    EXPECT_EQ(folder.remarks, QStringList{"only 6 of 9 ranks left a profile"});
 }
 
 TEST(SpoolMerge, ThreadCountsOfProcessesAreARangeWhereTheyDiffer)
@@ -278,7 +278,7 @@ TEST(SpoolMerge, MissedThreadsAreTold)
     folder.merge();
     EXPECT_EQ(folder.remarks,
         QStringList{
-            "3 thread(s) of process 100 on node1.example are not in the profile, because it had too many."});
+            "3 thread(s) of process 100 on node1.example are not in the profile, because it had too many"});
 }
 
 } // namespace

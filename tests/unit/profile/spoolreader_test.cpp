@@ -86,7 +86,7 @@ TEST_P(SpoolReaderFailure, SaysWhyAndTheMergeSkipsTheFile)
     EXPECT_TRUE(folder.merged);
     EXPECT_EQ(profile.numTargetProcs(), 1);
     ASSERT_EQ(folder.remarks.size(), 1);
-    EXPECT_EQ(folder.remarks[0].toStdString(), std::string("Skipped 0001.spool: ") + GetParam().reason + ".");
+    EXPECT_EQ(folder.remarks[0].toStdString(), std::string("skipped '0001.spool': ") + GetParam().reason);
 }
 
 INSTANTIATE_TEST_SUITE_P(BadSpools, SpoolReaderFailure, ::testing::ValuesIn(BadSpools),
