@@ -6,7 +6,6 @@
 #include "api/pmetrictype.h"
 
 #include <QColor>
-#include <QLatin1String>
 #include <QList>
 #include <QMap>
 #include <QSet>
@@ -22,7 +21,7 @@ namespace quillon::report {
 
 // The namespace of report definition documents and the target namespace of their schema. A name, never
 // fetched.
-inline constexpr QLatin1String ReportXmlNamespace("http://brivane.example/2016/BrivaneReports");
+inline constexpr char ReportXmlNamespace[] = "http://brivane.example/2016/BrivaneReports";
 
 // A report as declared: which metrics it has, which of them the summary shows, and the subsections with
 // their rows. Made from one full report document and any number of partial ones, or from a list of metrics;

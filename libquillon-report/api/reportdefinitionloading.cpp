@@ -60,14 +60,14 @@ bool readFile(const QString &filename, const FileMessages &messages, QByteArray 
 // A search for the bytes, since the schema engine's own words about a missing namespace help nobody.
 bool hasNamespaceAttribute(const QByteArray &xml, const QUrl &documentUrl, QString *error)
 {
-    if (xml.contains(QByteArray("xmlns=\"") + ReportXmlNamespace.data() + '"'))
+    if (xml.contains(QByteArray("xmlns=\"") + ReportXmlNamespace + '"'))
         return true;
     const QString document = documentUrl.isEmpty() ? QString() : QLatin1Char(' ') + documentUrl.toString();
     setText(error,
         QObject::tr(
             "The report definition XML%1 does not have the attribute xmlns=\"%2\" set in the <report> "
             "or <partialReport> element.")
-            .arg(document, ReportXmlNamespace));
+            .arg(document, QLatin1String(ReportXmlNamespace)));
     return false;
 }
 
