@@ -44,7 +44,9 @@ enum Category : std::uint32_t {
 };
 
 // A sampled figure. A gauge (resident size, load) keeps the readings of its bin; a counter (bytes)
-// adds up in `sum` what was counted during the bin, and nothing else is looked at. Adding two bins
+// adds up in `sum` what was counted during the bin, and nothing else is looked at. Figures are read
+// less often than bins may follow each other: a gauge's reading stands for all bins since the reading
+// before, and what a counter counted is spread over them. Adding two bins
 // adds sum and count and widens minimum and maximum. A count of 0 means: nothing was read.
 struct Figure {
     double sum;
@@ -130,7 +132,7 @@ struct Header {
 };
 
 static_assert(sizeof(Figure) == 32);
-static_assert(sizeof(Bin) == 5 * 4 * CategoryCount + sizeof(Figure) * FigureCount);
+static_assert(sizeof(Bin) == 5 * sizeof(std::uint32_t) * CategoryCount + sizeof(Figure) * FigureCount);
 
 } // namespace fern::spool
 

@@ -32,66 +32,91 @@ const SpoolFile *spoolOfRank(int rank, const std::vector<SpoolFile> &spools)
     return nullptr;
 }
 
-void checkRank(int rank, const SpoolFile &spool, std::map<std::string, double> measured)
-{
-    const std::string prefix = "rank" + std::to_string(rank) + ".";
-    const spool::Bin total = spool.total();
-    const double whole = static_cast<double>(spool.header().lastNs - spool.header().startNs) / 1e9;
-    EXPECT_NEAR(
-        percent(total.mainHits, spool::Compute), 100.0 * measured[prefix + "compute"] / whole, Points);
-    EXPECT_NEAR(percent(total.mainHits, spool::MpiPointToPoint),
-        100.0 * measured[prefix + "pointToPoint"] / whole, Points);
-    EXPECT_NEAR(percent(total.mainHits, spool::MpiCollective),
-        100.0 * measured[prefix + "collective"] / whole, Points);
-    EXPECT_EQ(spool.header().mpiSize, 2);
-    EXPECT_TRUE(spool.has(spool::FlagMpiFinalized));
-    EXPECT_TRUE(spool.has(spool::FlagEnded));
-    // Five messages of 1000 doubles; ten reductions of as many, sent and received.
-    EXPECT_DOUBLE_EQ(total.figures[spool::FigureMpiPointToPointBytes].sum, 5 * 8000.0);
-    EXPECT_DOUBLE_EQ(total.figures[spool::FigureMpiCollectiveBytes].sum, 10 * 2 * 8000.0);
-}
+// A run of two ranks of a program.
+struct TwoRanks {
+    Folder folder;
+    Outcome outcome;
+    std::vector<SpoolFile> spools;
+    std::map<std::string, double> measured; // by the ranks
 
-// Runs two ranks of a program and checks what was found.
-void runTwoRanks(const Flavour &flavour, const Command &program)
-{
-    const Folder folder;
-    Command command = flavour.launcher;
-    command.insert(command.end(), {"-n", "2"});
-    command.insert(command.end(), program.begin(), program.end());
-    command.insert(command.end(), {"0.8", "0.8"});
-    Environment environment = samplingInto(folder.path());
-    environment["OMPI_ALLOW_RUN_AS_ROOT"] = "1";
-    environment["OMPI_ALLOW_RUN_AS_ROOT_CONFIRM"] = "1";
-    const Outcome outcome = run(command, environment);
-    ASSERT_EQ(outcome.status, 0) << outcome;
+    TwoRanks(const Flavour &flavour, const Command &program)
+    {
+        Command command = flavour.launcher;
+        command.insert(command.end(), {"-n", "2"});
+        command.insert(command.end(), program.begin(), program.end());
+        Environment environment = samplingInto(folder.path());
+        environment["OMPI_ALLOW_RUN_AS_ROOT"] = "1";
+        environment["OMPI_ALLOW_RUN_AS_ROOT_CONFIRM"] = "1";
+        outcome = run(command, environment);
+        EXPECT_EQ(outcome.status, 0) << outcome;
+        measured = numbersIn(outcome.output);
+        spools = spoolsIn(folder.path());
+    }
+    // What a rank printed.
+    double of(int rank, const std::string &name)
+    {
+        return measured["rank" + std::to_string(rank) + "." + name];
+    }
+};
 
-    const std::vector<SpoolFile> spools = spoolsIn(folder.path());
+void checkShares(const Flavour &flavour, const Command &program)
+{
+    TwoRanks ranks(flavour, program);
     for (int rank = 0; rank < 2; ++rank) {
-        const SpoolFile *spool = spoolOfRank(rank, spools);
+        const SpoolFile *spool = spoolOfRank(rank, ranks.spools);
         ASSERT_NE(spool, nullptr) << "rank " << rank;
         EXPECT_EQ(spool->complaint(), "");
-        checkRank(rank, *spool, numbersIn(outcome.output));
+        const double whole = static_cast<double>(spool->header().lastNs - spool->header().startNs) / 1e9;
+        const spool::Bin total = spool->total();
+        const auto check = [&](spool::Category category, const char *name) {
+            EXPECT_NEAR(percent(total.mainHits, category), 100.0 * ranks.of(rank, name) / whole, Points)
+                << "rank " << rank << ", " << name;
+        };
+        check(spool::Compute, "compute");
+        check(spool::MpiPointToPoint, "pointToPoint");
+        check(spool::MpiCollective, "collective");
+        EXPECT_EQ(spool->header().mpiSize, 2);
+        EXPECT_TRUE(spool->has(spool::FlagMpiFinalized));
+        EXPECT_TRUE(spool->has(spool::FlagEnded));
     }
-    for (const SpoolFile &spool : spools)
+    for (const SpoolFile &spool : ranks.spools)
         EXPECT_NE(spool.has(spool::FlagMpi), spool.has(spool::FlagLauncher)) << spool.program();
 }
 
 } // namespace
 
-TEST_P(Mpi, WaitsAndBytesOfTwoRanks)
+TEST_P(Mpi, WaitsOfTwoRanks)
 {
     const std::string program = client(std::string("mpishares-") + GetParam().name);
     if (access(program.c_str(), X_OK) != 0)
         GTEST_SKIP() << "Requires " << GetParam().name;
-    runTwoRanks(GetParam(), {program});
+    checkShares(GetParam(), {program, "0.8", "0.8"});
 }
 
-TEST_P(Mpi, AModuleThatIsLoadedForItselfAlone)
+TEST_P(Mpi, WaitsInAModuleThatIsLoadedForItselfAlone)
 {
     const std::string module = std::string(CLIENTS_DIR) + "/mpishares-" + GetParam().name + ".so";
     if (access(module.c_str(), R_OK) != 0)
         GTEST_SKIP() << "Requires " << GetParam().name;
-    runTwoRanks(GetParam(), {client("loader"), module});
+    checkShares(GetParam(), {client("loader"), module, "0.8", "0.8"});
+}
+
+TEST_P(Mpi, BytesSentAndReceived)
+{
+    const std::string program = client(std::string("mpibytes-") + GetParam().name);
+    if (access(program.c_str(), X_OK) != 0)
+        GTEST_SKIP() << "Requires " << GetParam().name;
+    TwoRanks ranks(GetParam(), {program});
+    for (int rank = 0; rank < 2; ++rank) {
+        const SpoolFile *spool = spoolOfRank(rank, ranks.spools);
+        ASSERT_NE(spool, nullptr) << "rank " << rank;
+        const spool::Bin total = spool->total();
+        EXPECT_GT(ranks.of(rank, "pointToPoint"), 0.0);
+        EXPECT_GT(ranks.of(rank, "collective"), 0.0);
+        EXPECT_NEAR(
+            total.figures[spool::FigureMpiPointToPointBytes].sum, ranks.of(rank, "pointToPoint"), 0.01);
+        EXPECT_NEAR(total.figures[spool::FigureMpiCollectiveBytes].sum, ranks.of(rank, "collective"), 0.01);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Sampler, Mpi,
