@@ -149,7 +149,7 @@ QByteArray renderPage(ReportEngine &engine, const QJsonObject &json)
 {
     QString error;
     const QString page = engine.renderDynamicHtml(json, rootTemplateForReportType(HtmlReport), &error);
-    const QByteArray report = embedResources(page, QLatin1String(kResources)).toLocal8Bit();
+    QByteArray report = embedResources(page, QLatin1String(kResources)).toLocal8Bit();
     if (!error.isEmpty())
         qWarning().noquote() << QObject::tr("Error generating dynamic HTML report: %1").arg(error);
     return report;
@@ -158,7 +158,7 @@ QByteArray renderPage(ReportEngine &engine, const QJsonObject &json)
 QByteArray renderText(ReportEngine &engine, const QJsonObject &json, QuillonReportType type)
 {
     QString error;
-    const QByteArray report
+    QByteArray report
         = engine.renderStatic(json, rootTemplateForReportType(type), formatForReportType(type), &error)
               .toLocal8Bit();
     if (!error.isEmpty())
