@@ -168,7 +168,7 @@ ProfileFacts factsOf(const QVector<SpoolProcess> &job, const SpoolTimeline &time
     ProfileFacts facts;
     facts.target = first.executable;
     facts.hostname = first.hostname;
-    facts.startTime = QDateTime::fromMSecsSinceEpoch(timeline.beginNs() / (1000 * 1000));
+    facts.startTime = QDateTime::fromMSecsSinceEpoch(timeline.beginNs() / 1000000);
     facts.processes = job.size();
     facts.nodes = hostnames.size();
     facts.profiledRanks = profiledRanks(job, remarks);

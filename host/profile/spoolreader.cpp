@@ -62,7 +62,7 @@ bool checkFormat(const Header &header, qint64 fileSize, QString *reason)
     if (header.binCapacity > fern::spool::MaxBins || header.binCount > header.binCapacity) {
         return fail(reason, "damaged: more bins than there is room for");
     }
-    if (fileSize < qint64(sizeof(Header) + header.binCount * sizeof(Bin))) {
+    if (static_cast<quint64>(fileSize) < sizeof(Header) + header.binCount * sizeof(Bin)) {
         return fail(reason, "truncated");
     }
     return true;

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr qint64 NsPerMs = 1000 * 1000;
+constexpr qint64 NsPerMs = 1000000;
 
 qint64 floorDivide(qint64 dividend, qint64 divisor)
 {
@@ -26,7 +26,7 @@ SpoolTimeline::SpoolTimeline(const QVector<SpoolProcess> &processes)
     , mBeginNs(processes.first().beginNs)
     , mEndNs(processes.first().endNs)
 {
-    qint64 widthNs = 0;
+    qint64 widthNs = 1;
     for (const SpoolProcess &process : processes) {
         mBeginNs = std::min(mBeginNs, process.beginNs);
         mEndNs = std::max(mEndNs, process.endNs);
