@@ -381,7 +381,7 @@ TEST_F(FernFileTest, FlippedBytesAreRefusedOrGiveAProfileThatHoldsTogether)
 {
     const QByteArray whole = bytesOf(written());
     std::mt19937 random(11);
-    for (int round = 0; round < 2000; ++round) {
+    for (int round = 0; round < 1000; ++round) {
         QByteArray bytes = whole;
         for (int flips = 0; flips < 1 + round % 8; ++flips) {
             const int at = static_cast<int>(random() % static_cast<unsigned>(bytes.size()));
