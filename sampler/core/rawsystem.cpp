@@ -133,12 +133,14 @@ void wake(std::atomic<std::uint32_t> &word)
     call(SYS_futex, address(&word), FUTEX_WAKE_PRIVATE, 1 << 30);
 }
 
-bool waitUntil(std::atomic<std::uint32_t> &word, std::uint32_t value, std::uint64_t deadlineNs)
+Waited waitUntil(std::atomic<std::uint32_t> &word, std::uint32_t value, std::uint64_t deadlineNs)
 {
     const timespec deadline = toTimespec(deadlineNs);
-    return call(SYS_futex, address(&word), FUTEX_WAIT_BITSET_PRIVATE, value, address(&deadline), 0,
-               static_cast<long>(FUTEX_BITSET_MATCH_ANY))
-        == -ETIMEDOUT;
+    const long result = call(SYS_futex, address(&word), FUTEX_WAIT_BITSET_PRIVATE, value, address(&deadline),
+        0, static_cast<long>(FUTEX_BITSET_MATCH_ANY));
+    if (result == -ETIMEDOUT)
+        return Waited::TooLong;
+    return result == 0 || result == -EAGAIN || result == -EINTR ? Waited::Woken : Waited::Refused;
 }
 
 void waitForKernel(std::atomic<std::uint32_t> &word, std::uint32_t value, std::uint64_t limitNs)

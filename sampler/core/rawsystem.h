@@ -72,9 +72,13 @@ int threadCpuClock(int tid);
 
 // Wakes everyone who waits for a change of `word`.
 void wake(std::atomic<std::uint32_t> &word);
-// Waits until `word` is no longer `value`, or CLOCK_MONOTONIC has reached `deadlineNs`, or for no
-// reason at all. True if it was the deadline.
-bool waitUntil(std::atomic<std::uint32_t> &word, std::uint32_t value, std::uint64_t deadlineNs);
+enum class Waited {
+    Woken, // `word` changed, or for no reason at all
+    TooLong, // the deadline was reached
+    Refused // there is no waiting here
+};
+// Waits until `word` is no longer `value`, or CLOCK_MONOTONIC has reached `deadlineNs`.
+Waited waitUntil(std::atomic<std::uint32_t> &word, std::uint32_t value, std::uint64_t deadlineNs);
 // The same for a word that the kernel clears at a thread's end, with a time limit in nanoseconds.
 void waitForKernel(std::atomic<std::uint32_t> &word, std::uint32_t value, std::uint64_t limitNs);
 

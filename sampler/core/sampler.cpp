@@ -9,6 +9,7 @@
 #include <linux/close_range.h>
 #include <sched.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <time.h>
 
 namespace fern {
@@ -45,11 +46,10 @@ void leaveDescriptors()
     // Kernels before 5.9.
     if (raw::call(SYS_unshare, CLONE_FILES) != 0)
         return;
-    std::uint64_t limits[2] = {1024, 1024};
-    constexpr int DescriptorLimit = 7;
-    raw::call(SYS_prlimit64, 0, DescriptorLimit, 0, raw::address(limits));
-    constexpr std::uint64_t Highest = 65536;
-    for (std::uint64_t fd = 0; fd < limits[0] && fd < Highest; ++fd)
+    rlimit limit{1024, 1024};
+    raw::call(SYS_prlimit64, 0, RLIMIT_NOFILE, 0, raw::address(&limit));
+    constexpr rlim_t Highest = 65536;
+    for (rlim_t fd = 0; fd < limit.rlim_cur && fd < Highest; ++fd)
         raw::call(SYS_close, static_cast<long>(fd));
 }
 
@@ -80,8 +80,10 @@ void sampleUntilStopped()
     std::uint64_t tick = houseNs + tickNs;
     for (;;) {
         const std::uint64_t deadline = tick + momentInTick(tickNs, random);
-        while (order.load(std::memory_order_acquire) == GoOn && !raw::waitUntil(order, GoOn, deadline)) { }
-        if (order.load(std::memory_order_acquire) != GoOn)
+        raw::Waited waited = raw::Waited::Woken;
+        while (order.load(std::memory_order_acquire) == GoOn && waited == raw::Waited::Woken)
+            waited = raw::waitUntil(order, GoOn, deadline);
+        if (order.load(std::memory_order_acquire) != GoOn || waited == raw::Waited::Refused)
             return;
         const std::uint64_t now = raw::clockNs(CLOCK_MONOTONIC);
         if (!watcher.look(now))

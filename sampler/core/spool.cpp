@@ -16,8 +16,9 @@ namespace fern {
 
 namespace {
 
-// Bins by which a file grows: a short process shouldn't cost a megabyte of a memory file system.
-constexpr std::uint32_t BinsPerStep = 40;
+// Room that a file begins with; it doubles when it is used up. A script's hundreds of short processes
+// shouldn't cost a megabyte of a memory file system each.
+constexpr std::uint32_t FirstCapacity = 8;
 constexpr std::uint64_t FullSize = sizeof(spool::Header) + spool::MaxBins * sizeof(spool::Bin);
 
 void add(spool::Figure &target, const spool::Figure &source)
@@ -63,7 +64,7 @@ bool Spool::create(std::uint64_t startNs)
     raw::call(SYS_fchmod, mFile, 0600);
     // The whole range is mapped at once; pages behind the file's end are never touched.
     long mapping = -ENOSPC;
-    if (allocate(0, sizeof(spool::Header) + BinsPerStep * sizeof(spool::Bin)))
+    if (allocate(0, sizeof(spool::Header) + FirstCapacity * sizeof(spool::Bin)))
         mapping = raw::call(SYS_mmap, 0, FullSize, PROT_READ | PROT_WRITE, MAP_SHARED, mFile, 0);
     if (mapping < 0 && mapping > -4096) {
         raw::call(SYS_unlinkat, AT_FDCWD, raw::address(mPath), 0);
@@ -83,7 +84,7 @@ void Spool::fillHeader(std::uint64_t startNs)
     header.formatVersion = spool::FormatVersion;
     header.headerSize = sizeof(spool::Header);
     header.binSize = sizeof(spool::Bin);
-    header.binCapacity = BinsPerStep;
+    header.binCapacity = FirstCapacity;
     header.categoryCount = spool::CategoryCount;
     header.figureCount = spool::FigureCount;
     header.pid = raw::getpid();
@@ -157,8 +158,7 @@ bool Spool::allocate(std::uint64_t offset, std::uint64_t size)
 bool Spool::grow()
 {
     const std::uint32_t capacity = mHeader->binCapacity;
-    const std::uint32_t wanted
-        = capacity + BinsPerStep < spool::MaxBins ? capacity + BinsPerStep : spool::MaxBins;
+    const std::uint32_t wanted = 2 * capacity < spool::MaxBins ? 2 * capacity : spool::MaxBins;
     if (wanted == capacity || mFile < 0
         || !allocate(
             sizeof(spool::Header) + capacity * sizeof(spool::Bin), (wanted - capacity) * sizeof(spool::Bin)))

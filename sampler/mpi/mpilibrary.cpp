@@ -15,10 +15,13 @@ std::atomic<void *> localLibrary{nullptr};
 
 void *findSymbol(const char *name)
 {
-    if (void *symbol = dlsym(RTLD_NEXT, name))
-        return symbol;
+    void *symbol = dlsym(RTLD_NEXT, name);
     void *library = localLibrary.load(std::memory_order_acquire);
-    return library != nullptr ? dlsym(library, name) : nullptr;
+    if (symbol == nullptr && library != nullptr)
+        symbol = dlsym(library, name);
+    if (symbol == nullptr)
+        dlerror(); // a program may ask for errors of its own only
+    return symbol;
 }
 
 // Data, other than functions, may stand in the program itself (a copy relocation), and then the library

@@ -21,6 +21,7 @@ void findAll()
 {
     for (unsigned id = 0; id < static_cast<unsigned>(Id::Count); ++id)
         find(static_cast<Id>(id));
+    dlerror(); // a program may ask for errors of its own only
 }
 
 void *find(Id id)
