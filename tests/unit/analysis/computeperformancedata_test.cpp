@@ -395,6 +395,18 @@ TEST_F(InstructionMix, WithoutMetricsIsUnknownButForTheOtherInstructions)
     EXPECT_THAT(figures.cpuMem, IsNan());
 }
 
+TEST_F(InstructionMix, WithoutOneMetricHasNoSharesAtAll)
+{
+    const PerformanceData figures = computePerformanceData(
+        instructions(15, 5, 30, 20, 10).readingsBySample(METRIC_INSTR_MEM, {{}}).build());
+    EXPECT_EQ(figures.allCpuVecNum, 20.0);
+    EXPECT_EQ(figures.allCpuScalarNum, 30.0);
+    EXPECT_THAT(figures.allCpuMem, IsNan());
+    EXPECT_THAT(figures.cpuVecNum, IsNan());
+    EXPECT_THAT(figures.cpuScalarNum, IsNan());
+    EXPECT_THAT(figures.cpuMem, IsNan());
+}
+
 TEST_F(InstructionMix, HasTheMeanCyclesPerInstruction)
 {
     const ProfileBuilder job = ProfileBuilder(2, 100).main(Category::COMPUTE, 100);
