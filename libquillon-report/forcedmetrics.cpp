@@ -96,7 +96,7 @@ void putAdvice(quillon_report &report, const QString &subsectionId, const QPair<
     report.setSubsectionAdvice(subsectionId, 2, advice.second);
 }
 
-QString getPowerErrorMessage(QString label, QString metric, const ProfilerData &data)
+QString getPowerErrorMessage(const QString &label, const QString &metric, const ProfilerData &data)
 {
     QString error = data.getFirstMetricError(metric);
     if (error.isEmpty())

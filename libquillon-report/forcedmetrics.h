@@ -55,7 +55,7 @@ void setTrappedCapacityMetricsData(quillon_report &report, QStringList &implicit
 
 // A metric's first error as a sentence that begins with label, the plural name of a group of metrics;
 // empty if the metric has no error.
-QString getPowerErrorMessage(QString label, QString metric, const ProfilerData &data);
+QString getPowerErrorMessage(const QString &label, const QString &metric, const ProfilerData &data);
 
 // Why trapped capacity can't be told; empty if it can, or if there is no budget to tell it from.
 QString getTrappedCapacityBudgetedErrorMessage(const PerformanceData &perfData, const ProfilerData &data);
