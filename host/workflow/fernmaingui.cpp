@@ -7,6 +7,38 @@
 #include <QEventLoop>
 #include <QThread>
 
+#include <csignal>
+
+#include <pthread.h>
+
+namespace {
+
+// Signals are for the thread that waits for the job. When both we and the job get one, that thread handles it
+// before it learns that the job has ended; another might still have it before it when nobody expects it any
+// more.
+class SignalsHeldBack {
+public:
+    SignalsHeldBack()
+    {
+        sigset_t signals;
+        sigemptyset(&signals);
+        for (const int number : {SIGINT, SIGQUIT, SIGTERM, SIGHUP})
+            sigaddset(&signals, number);
+        pthread_sigmask(SIG_BLOCK, &signals, &mBefore);
+    }
+    ~SignalsHeldBack() { letThrough(); }
+    SignalsHeldBack(const SignalsHeldBack &) = delete;
+    SignalsHeldBack &operator=(const SignalsHeldBack &) = delete;
+
+    // Lets the calling thread have its signals again; the job inherits what it lets through.
+    void letThrough() const { pthread_sigmask(SIG_SETMASK, &mBefore, nullptr); }
+
+private:
+    sigset_t mBefore;
+};
+
+} // namespace
+
 FERNMainGUI::FERNMainGUI(MainWindow &window, const ArgParser *parser)
     : mWindow(window)
     , mParser(parser)
@@ -29,7 +61,11 @@ int FERNMainGUI::exec()
     QThread thread;
     QEventLoop loop;
     mWorkflow->moveToThread(&thread);
-    connect(&thread, &QThread::started, mWorkflow.data(), &FERNWorkflow::run);
+    const SignalsHeldBack signalsHeldBack;
+    connect(&thread, &QThread::started, mWorkflow.data(), [this, &signalsHeldBack] {
+        signalsHeldBack.letThrough();
+        mWorkflow->run();
+    });
     connect(mWorkflow.data(), &FERNWorkflow::finished, &loop, &QEventLoop::exit);
     thread.start();
     const int exitStatus = loop.exec();

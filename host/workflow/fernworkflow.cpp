@@ -39,6 +39,15 @@ bool isTaken(const QString &stem, const QString &extension)
     return false;
 }
 
+// OMP_NUM_THREADS as a number: a job that doesn't set it counts as one thread to a process, and of a list for
+// nested regions the outermost decides.
+QString threadsPerProcess(const ProfilerData &data)
+{
+    bool isNumber = false;
+    const int threads = data.formatOmpNumThreads().section(QLatin1Char(','), 0, 0).toInt(&isNumber);
+    return QString::number(isNumber ? threads : 1);
+}
+
 // A private folder, removed with all that is in it at the end; in /tmp where the usual place can't be used.
 QTemporaryDir *makeWorkFolder()
 {
@@ -73,7 +82,7 @@ QString FERNWorkflow::generateDefaultFilename(
     const QString name
         = QStringLiteral("%1_%2p_%3n_%4t_%5")
               .arg(base, QString::number(data->numTargetProcs()), QString::number(data->numNodes()),
-                  data->formatOmpNumThreads(), start.toString(QStringLiteral("yyyy-MM-dd_hh-mm")));
+                  threadsPerProcess(*data), start.toString(QStringLiteral("yyyy-MM-dd_hh-mm")));
     QString stem = name;
     for (int number = 2; isTaken(stem, extension); ++number)
         stem = name + QLatin1Char('_') + QString::number(number);
@@ -94,6 +103,11 @@ int FERNWorkflow::loadAndExplore()
         complain(error);
         return ExitFailure;
     }
+    ProfileFacts facts = mProfile.facts();
+    facts.sourceFernFile
+        = QFileInfo(facts.sourceFernFile).absoluteFilePath(); // reports name it in an address
+    mProfile.setFacts(facts);
+
     bool ok = true;
     Q_EMIT loadAndCheckReportDefinitions(mProfile.getMetricDefinitions(), &ok);
     if (!ok)
@@ -146,8 +160,7 @@ bool FERNWorkflow::collect(const QString &spoolFolder)
     for (const QString &remark : remarks)
         verbose(remark);
     if (!ok) {
-        complain(tr("'%1' left no profile; programs that are statically linked or change their user can't be "
-                    "profiled")
+        complain(tr("'%1' left no profile: it ended too soon, or is statically linked, or changed its user")
                      .arg(QString::fromUtf8(mConfig.getCommand().first())));
         return false;
     }
