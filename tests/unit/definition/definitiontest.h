@@ -39,6 +39,32 @@ inline QByteArray partialReport(const QByteArray &content, const QByteArray &nam
     return QByteArray("<partialReport ") + Head + " name=\"" + name + "\">" + content + "</partialReport>";
 }
 
+// Two metrics, an entry, and a subsection with a row: what partial reports change below.
+const char TwoMetrics[] = "<reportMetric id=\"m\" displayName=\"M\" tooltip=\"T\"/>"
+                          "<reportMetric id=\"e.rr\" displayName=\"Error\" type=\"string\"/>";
+const char OneSubsection[] = "<subsection id=\"s\" heading=\"S\" order=\"4\" maxAdviceStrings=\"3\">"
+                             "<text>one</text><entry reportMetric=\"m\"/></subsection>";
+
+inline QByteArray baseReport()
+{
+    return fullReport(TwoMetrics, OneEntry, OneSubsection);
+}
+
+inline QByteArray metrics(const QByteArray &content)
+{
+    return "<reportMetrics>" + content + "</reportMetrics>";
+}
+
+inline QByteArray summary(const QByteArray &content, const QByteArray &attributes = QByteArray())
+{
+    return "<summary " + attributes + ">" + content + "</summary>";
+}
+
+inline QByteArray subsections(const QByteArray &content, const QByteArray &attributes = QByteArray())
+{
+    return "<subsections " + attributes + ">" + content + "</subsections>";
+}
+
 struct Loaded {
     std::unique_ptr<ReportDefinition> definition; // null: refused
     QString error;
