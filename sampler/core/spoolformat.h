@@ -83,7 +83,7 @@ struct Bin {
 enum HeaderFlag : std::uint32_t {
     FlagEnded = 1u << 0, // the process reached its end; without it, it was killed
     FlagMpi = 1u << 1, // MPI was initialised: mpiRank and mpiSize are set
-    FlagLauncher = 1u << 2, // a launcher or shell by its name: sampled, and counted only where nothing else ran
+    FlagLauncher = 1u << 2, // a launcher or shell by its name: counted only where nothing else ran
     FlagExec = 1u << 3, // the process became another program by exec, which has a spool of its own
     FlagMpiFinalized = 1u << 4
 };
