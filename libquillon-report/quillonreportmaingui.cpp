@@ -13,7 +13,6 @@
 #include "workflow/portal.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QtDebug>
 
@@ -33,12 +32,6 @@ QString templateFile(const QString &name)
 QString twoDigits(double percent)
 {
     return QStringLiteral("%1").arg(percent, 2, 'f', 0, QLatin1Char('0'));
-}
-
-// Whether this build of the library can draw the page; without it, automatic names are those of texts alone.
-bool hasPageTemplate()
-{
-    return QFile::exists(QStringLiteral(":quillon-report/custom/html_template.html"));
 }
 
 QByteArray friendlyName()
@@ -197,8 +190,8 @@ void QuillonReportMainGUI::writeQuillonReports()
     const QString type = args().type();
 
     const QString extra = brivane::environmentString("EXTRA_REPORT");
-    if (!extra.isEmpty())
-        writeExtraReport(data, type, extra);
+    if (!extra.isEmpty() && !writeExtraReport(data, type, extra))
+        setOutputFailed();
     if (args().getOutputFile() == QLatin1String("/dev/null"))
         return;
     const int version = data.getFernFileVersion();
@@ -237,10 +230,7 @@ QMap<QString, QuillonReportType> QuillonReportMainGUI::reportFiles(const Profile
     const auto automatic = [&base, &data](const char *extension) {
         return FERNWorkflow::generateDefaultFilename(base, &data, QLatin1String(extension));
     };
-    QMap<QString, QuillonReportType> files{{automatic("txt"), TxtReport}};
-    if (hasPageTemplate())
-        files.insert(automatic("html"), HtmlReport);
-    return files;
+    return {{automatic("txt"), TxtReport}, {automatic("html"), HtmlReport}};
 }
 
 bool QuillonReportMainGUI::writeQuillonReports(
@@ -271,22 +261,27 @@ bool QuillonReportMainGUI::writeQuillonReport(const QString &filename, const QBy
 }
 
 // A page of its own whose name carries the three main percentages behind `prefix`.
-void QuillonReportMainGUI::writeExtraReport(
+bool QuillonReportMainGUI::writeExtraReport(
     const ProfilerData &data, const QString &type, const QString &prefix)
 {
     QuillonReportSummary summary;
     const QScopedPointer<quillon_report> report(convertToReport(data, *reportDefinition, type, &summary));
     if (!isUsable(*report))
-        return;
+        return false;
     const QString filename = prefix
         + QStringLiteral("_QR:%1-%2-%3.html")
               .arg(
                   twoDigits(summary.cpuPercent), twoDigits(summary.mpiPercent), twoDigits(summary.ioPercent));
     QByteArray bytes;
-    if (report->generateAndWrite(bytes, HtmlReport) != 0)
+    if (report->generateAndWrite(bytes, HtmlReport) != 0) {
         qWarning("%s: failed to generate report: %s", friendlyName().constData(), report->getErrorMessage());
-    else if (!writeQuillonReport(filename, bytes))
+        return false;
+    }
+    if (!writeQuillonReport(filename, bytes)) {
         qWarning("%s: could not save a report to %s", friendlyName().constData(), qPrintable(filename));
+        return false;
+    }
+    return true;
 }
 
 const QuillonReportArgParser &QuillonReportMainGUI::args() const

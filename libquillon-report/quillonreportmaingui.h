@@ -47,7 +47,7 @@ private:
     bool writeQuillonReports(
         const ProfilerData &data, const QString &type, const QMap<QString, QuillonReportType> &reports);
     bool writeQuillonReport(const QString &filename, const QByteArray &bytes);
-    void writeExtraReport(const ProfilerData &data, const QString &type, const QString &prefix);
+    bool writeExtraReport(const ProfilerData &data, const QString &type, const QString &prefix);
     const QuillonReportArgParser &args() const;
 
     QScopedPointer<quillon::report::ReportDefinition> reportDefinition;
