@@ -32,13 +32,13 @@ enum Category : std::uint32_t {
     IoOther = 6, // open, close, sync, ...
     OpenMp = 7, // inside a parallel region, computing
     Accelerator = 8, // waiting for an accelerator
-    PthreadCompute = 9, // a plain thread beside the main one, computing
+    PthreadCompute = 9, // a plain thread beside the main one, computing: it uses a processor
     OpenMpRuntimeOutOfRegion = 10,
     OpenMpRuntimeInRegion = 11,
     PthreadSync = 12, // waiting for a lock, a condition, another thread
     MpiIoRead = 13,
     MpiIoWrite = 14,
-    Sleep = 15, // asleep by its own wish
+    Sleep = 15, // asleep by its own wish, or a plain thread that waits in a way that no wrapper sees
     OpenMpMonitor = 19,
     CategoryCount = 24 // room for those to come
 };

@@ -101,9 +101,13 @@ void Watcher::lookAtThreads(std::uint64_t timeNs)
         const std::int32_t tid = slot.tid.load(std::memory_order_acquire);
         if (tid <= 0)
             continue;
-        const std::uint32_t category = slot.category.load(std::memory_order_relaxed);
         const bool works = hasWorked(i, tid, passedNs);
         const bool isMain = i == 0;
+        std::uint32_t category = slot.category.load(std::memory_order_relaxed);
+        // A thread beside the main one that no wrapper sees waiting and that uses no processor waits for
+        // work by a call of its own, as the helper threads of MPI libraries do: it doesn't compute.
+        if (category == spool::PthreadCompute && !works)
+            category = spool::Sleep;
         ++(isMain ? bin.mainHits : bin.otherHits)[category];
         if (works)
             ++(isMain ? bin.mainActiveHits : bin.otherActiveHits)[category];

@@ -8,6 +8,7 @@
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <pthread.h>
 #include <sched.h>
 #include <setjmp.h>
@@ -130,6 +131,24 @@ static int doThreads(void)
         pthread_join(threads[i], &result);
         printf("thread %d: %d\n", i, *(int *)result);
     }
+    return 0;
+}
+
+/* As the helper threads of libraries do that wait for events. */
+static void *waitForEvents(void *unused)
+{
+    (void)unused;
+    poll(NULL, 0, 300);
+    return NULL;
+}
+
+static int doIdleThread(void)
+{
+    pthread_t thread;
+    pthread_create(&thread, NULL, waitForEvents, NULL);
+    compute(2 * AWhile);
+    pthread_join(thread, NULL);
+    say("nothing happened");
     return 0;
 }
 
@@ -354,7 +373,7 @@ int main(int count, char **arguments)
         const char *name;
         int (*action)(void);
     } actions[] = {{"fork", doFork}, {"vfork", doVfork}, {"spawn", doSpawn}, {"exec", doExec},
-        {"failedexec", doFailedExec}, {"threads", doThreads}, {"manythreads", doManyThreads},
+        {"failedexec", doFailedExec}, {"threads", doThreads}, {"idlethread", doIdleThread}, {"manythreads", doManyThreads},
         {"mainexits", doMainExits}, {"rawexit", doRawExit}, {"cancel", doCancel}, {"pipeend", doPipeEnd},
         {"quickexit", doQuickExit}, {"daemon", doDaemon}, {"signals", doSignals}, {"jump", doJump},
         {"abort", doAbort}, {"rights", doRights}};
