@@ -46,10 +46,27 @@ void watchEndOfThisThread()
         pthread_setspecific(endKey, currentSlot);
 }
 
+// Threads that an MPI library makes for itself, as it starts or later, aren't the program's.
+bool isMadeByMpi()
+{
+    if (currentSlot == nullptr)
+        return false;
+    switch (currentSlot->category.load(std::memory_order_relaxed)) {
+    case spool::MpiCollective:
+    case spool::MpiPointToPoint:
+    case spool::MpiOther:
+    case spool::MpiIoRead:
+    case spool::MpiIoWrite:
+        return true;
+    default:
+        return false;
+    }
+}
+
 // A slot for a thread that is about to be made; nullptr if it is to run as if we weren't there.
 Slot *slotForNewThread()
 {
-    return hasEndKey.load(std::memory_order_acquire) ? registry::claim() : nullptr;
+    return hasEndKey.load(std::memory_order_acquire) && !isMadeByMpi() ? registry::claim() : nullptr;
 }
 
 } // namespace fern::threads

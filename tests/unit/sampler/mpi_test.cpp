@@ -75,6 +75,9 @@ void checkShares(const Flavour &flavour, const Command &program)
         check(spool::Compute, "compute");
         check(spool::MpiPointToPoint, "pointToPoint");
         check(spool::MpiCollective, "collective");
+        // The program has one thread; those that the library makes for itself aren't its own.
+        EXPECT_EQ(spool->header().maxThreads, 1);
+        EXPECT_EQ(sum(total.otherHits), 0U);
         EXPECT_EQ(spool->header().mpiSize, 2);
         EXPECT_TRUE(spool->has(spool::FlagMpiFinalized));
         EXPECT_TRUE(spool->has(spool::FlagEnded));
