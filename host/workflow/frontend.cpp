@@ -65,6 +65,8 @@ int runTool(BrivaneTool &tool, int argc, char **argv)
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     int programOnly = argc > 0 ? 1 : 0; // the rest isn't Qt's
     QCoreApplication application(programOnly, argv);
+    // Nothing here needs plug-ins, and reading a schema would load those that talk to a network manager.
+    QCoreApplication::setLibraryPaths(QStringList());
     BrivaneTool::setCurrentTool(&tool);
 
     FrontendApplicationProperties properties;
