@@ -196,7 +196,7 @@ void QuillonReportMainGUI::writeQuillonReports()
         return;
     const int version = data.getFernFileVersion();
     if (version <= 1 && version != -1) {
-        OfflineSupport::criticalMsg(MainWindow::getWindow(),
+        OfflineSupport::criticalMsg(window().getWindow(),
             tr("Only FERN files created by version 5.0 or later can be converted into a Quillon Report."));
         setOutputFailed();
         return;

@@ -28,12 +28,11 @@ public:
     ArgumentApplier *createArgumentApplier(const ArgParser &parser, KELPConfig *config, bool offline,
         bool loading, FrontendApplicationProperties *properties) const override;
 
-public Q_SLOTS:
     // The step before the run. On failure says why on the standard error stream and sets `*ok` to false; else
     // leaves it alone.
-    void loadAndCheckReportDefinitions(const MetricDefinitions &metricDefinitions, bool *ok);
+    Q_SLOT void loadAndCheckReportDefinitions(const MetricDefinitions &metricDefinitions, bool *ok);
     // The step after the run. Failures have been said when it returns.
-    void writeQuillonReports();
+    Q_SLOT void writeQuillonReports();
 
 private:
     void loadReportDefinitions(const MetricDefinitions &metricDefinitions, QString &error);

@@ -41,6 +41,7 @@ protected:
     // Notes that the tool could not write what it was asked for; it has said so itself.
     void setOutputFailed() { mOutputFailed = true; }
 
+    MainWindow &window() const { return mWindow; }
     const ArgParser *parser() const { return mParser; }
     FERNWorkflow *workflow() const { return mWorkflow.data(); }
 
