@@ -41,7 +41,7 @@ bool ArgParser::findContradictions()
     if (BaseArgParser::findContradictions())
         return true;
     if (isVerbose() && isQuiet()) {
-        setError(tr("both %1 and %2 are specified").arg(getUsedName(kVerbose), getUsedName(kQuiet)), false);
+        setError(tr("both %1 and %2 are given").arg(getUsedName(kVerbose), getUsedName(kQuiet)), false);
         return true;
     }
     if (!getAutoLoadFile().isEmpty() && positionals().size() > 1) {

@@ -44,11 +44,11 @@ bool FernArgParser::findContradictions()
     }
     const bool hasProgram = programIndex() >= 0;
     if (hasProgram && shouldListMetrics()) {
-        setError(tr("both %1 and %2 are specified").arg(getUsedName(kListMetrics), tr("a program")), false);
+        setError(tr("both %1 and %2 are given").arg(getUsedName(kListMetrics), tr("a program")), false);
         return true;
     }
     if (!hasProgram && !shouldListMetrics() && !isHelp() && !isPrintVersion()) {
-        setError(tr("no program specified"), false);
+        setError(tr("no program to run"), false);
         return true;
     }
     return false;

@@ -141,7 +141,7 @@ TEST(Job, ALauncherIsNoTarget)
 
 TEST(Job, VerboseAndQuietContradictEachOther)
 {
-    EXPECT_EQ(complaint({"-v", "--quiet", "prog"}), "both -v and --quiet are specified");
+    EXPECT_EQ(complaint({"-v", "--quiet", "prog"}), "both -v and --quiet are given");
 }
 
 TEST(Job, AFileToLoadStandsAlone)
@@ -218,12 +218,12 @@ std::string fernComplaint(const QStringList &args)
 
 TEST(FernCommandLine, WantsAProgram)
 {
-    EXPECT_EQ(fernComplaint({}), "no program specified");
+    EXPECT_EQ(fernComplaint({}), "no program to run");
     EXPECT_EQ(fernComplaint({"--help"}), "");
     EXPECT_EQ(fernComplaint({"prog"}), "");
     EXPECT_EQ(fernComplaint({"mpirun", "prog"}), "");
     EXPECT_EQ(fernComplaint({"x.fern"}), "'x.fern' is a profile already; quillon-report makes reports of it");
-    EXPECT_EQ(fernComplaint({"--list-metrics", "prog"}), "both --list-metrics and a program are specified");
+    EXPECT_EQ(fernComplaint({"--list-metrics", "prog"}), "both --list-metrics and a program are given");
 }
 
 TEST(FernCommandLine, HelpFitsEightyColumns)
