@@ -65,6 +65,18 @@ TEST(Page, OfAJobWithoutGpusSpeaksOfNone)
     EXPECT_FALSE(drawn(document).contains("GPU"));
 }
 
+TEST(Page, SpeaksOfCoresOnlyWhereTheirNumberIsKnown)
+{
+    DocumentBuilder document;
+    document.metric("applicationDetails.nodes.plain", PMetricType::Integer, 2, "nodes")
+        .metric("applicationDetails.physicalCoresPerNode", PMetricType::Integer, 8)
+        .metric("applicationDetails.logicalCoresPerNode", PMetricType::Integer, 16);
+    EXPECT_TRUE(drawn(document).contains("(8 physical, 16 logical cores per node)"));
+    document.metric("applicationDetails.physicalCoresPerNode", PMetricType::Integer, -1)
+        .metric("applicationDetails.logicalCoresPerNode", PMetricType::Integer, -1);
+    EXPECT_FALSE(drawn(document).contains("physical"));
+}
+
 TEST(Page, ARowOfTheHeaderWithoutAValueTemplateIsAbsent)
 {
     DocumentBuilder document;

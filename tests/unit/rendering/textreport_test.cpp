@@ -149,8 +149,11 @@ TEST(TextReport, WithoutKnownCoresTheBracketsHoldOnlyTheGpus)
 {
     DocumentBuilder document;
     addApplication(document, true);
-    document.metric("applicationDetails.physicalCoresPerNode", PMetricType::Integer, 0, "cores/node");
-    EXPECT_TRUE(document.lines(TxtReport).contains("Resources:      1 node (2 GPUs per node available)"));
+    for (const int unknown : {0, -1}) {
+        document.metric(
+            "applicationDetails.physicalCoresPerNode", PMetricType::Integer, unknown, "cores/node");
+        EXPECT_TRUE(document.lines(TxtReport).contains("Resources:      1 node (2 GPUs per node available)"));
+    }
     document.metric("applicationDetails.hasGpu", PMetricType::Bool, false);
     EXPECT_TRUE(document.lines(TxtReport).contains("Resources:      1 node"));
 }
