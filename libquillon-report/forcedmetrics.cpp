@@ -60,6 +60,11 @@ QString energyBasisMessage(TotalEnergyBasis basis)
     return QString();
 }
 
+bool exceedsBudget(const PerformanceData &perfData)
+{
+    return perfData.hasTrappedCapacity && perfData.energyTrappedTotalInWh < 0;
+}
+
 // Why parts of the energy figures are missing; each is empty if there is nothing to tell.
 struct EnergyErrors {
     QString sys;
@@ -112,7 +117,7 @@ QString getPowerErrorMessage(const QString &label, const QString &metric, const 
 
 QString getTrappedCapacityBudgetedErrorMessage(const PerformanceData &perfData, const ProfilerData &data)
 {
-    if (perfData.hasTrappedCapacity && perfData.energyTrappedTotalInWh < 0) {
+    if (exceedsBudget(perfData)) {
         return QObject::tr(
             "<span class=\"%1\">Trapped capacity</span> information is not available because the "
             "used power exceeded the budgeted power. Check your configuration file.")
@@ -177,12 +182,14 @@ void forceEnergyMetricsData(quillon_report &report, QStringList &implicitMetrics
             {DefaultMetrics::EnergyTrappedTotal, perfData.energyTrappedTotalInWh},
             {DefaultMetrics::EnergyTrappedPercent, perfData.energyTrappedPercent},
         });
+    // Advice is HTML; what a sensor says about its failure is text.
     const EnergyErrors errors = energyErrors(perfData, data);
+    const QString trappedError = exceedsBudget(perfData) ? errors.trapped : errors.trapped.toHtmlEscaped();
     putAdvice(report, DefaultMetrics::SubsectionEnergy,
         energyAdvice(perfData.isEnergyCpuDefined, perfData.isEnergyAccDefined,
-            energyBasisMessage(perfData.energyTotalBasis), errors.sys, errors.cpu, errors.trapped,
-            perfData.memNodePeak, perfData.mpiPercent, perfData.energyCpuPercent, perfData.cpuMem,
-            perfData.avgGPUsInUse));
+            energyBasisMessage(perfData.energyTotalBasis), errors.sys.toHtmlEscaped(),
+            errors.cpu.toHtmlEscaped(), trappedError, perfData.memNodePeak, perfData.mpiPercent,
+            perfData.energyCpuPercent, perfData.cpuMem, perfData.avgGPUsInUse));
 }
 
 void setTrappedCapacityMetricsData(

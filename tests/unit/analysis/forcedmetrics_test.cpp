@@ -323,6 +323,16 @@ TEST_F(EnergyGroup, TellsErrorsOfTheCpuBeforeThoseOfTheSystemAndTheBudget)
         QStringList({"CPU metrics requires root.", "System power metrics are not readable."}));
 }
 
+TEST_F(EnergyGroup, TellsErrorsAsTextWhateverTheyHold)
+{
+    const ProfileBuilder job = ProfileBuilder()
+                                   .error(METRIC_RAPL_POWER, "Not <b>readable</b>.")
+                                   .error(METRIC_BUDGETED_POWER, "a < b && c > d");
+    EXPECT_EQ(advice(withEnergy(energyFigures(), job).report, DefaultMetrics::SubsectionEnergy),
+        QStringList({"CPU metrics are not &lt;b&gt;readable&lt;/b&gt;.",
+            "Trapped capacity information: a &lt; b &amp;&amp; c &gt; d"}));
+}
+
 TEST_F(EnergyGroup, PassesTheFiguresThatItsAdviceWeighs)
 {
     PerformanceData figures = energyFigures();
