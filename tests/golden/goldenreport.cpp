@@ -3,9 +3,14 @@
 #include "textprofile.h"
 
 #include "core/environment.h"
+#include "core/version.h"
 #include "quillonreport.h"
 
 #include <QByteArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <QUrl>
 
 using quillon::report::ReportDefinition;
 
@@ -13,6 +18,7 @@ namespace golden {
 
 namespace {
 
+const QString keyOfFigures = QStringLiteral("data");
 const QString profileSuffix = QStringLiteral(".profile");
 
 void forgetSettings()
@@ -31,6 +37,37 @@ const QVector<Form> &forms()
     static const QVector<Form> all
         = {{TxtReport, "txt"}, {CsvReport, "csv"}, {JsonReport, "json"}, {HtmlReport, "html"}};
     return all;
+}
+
+QByteArray figuresOf(const QByteArray &json)
+{
+    QJsonObject data = QJsonDocument::fromJson(json).object()[keyOfFigures].toObject();
+    QJsonObject report = data[QStringLiteral("report")].toObject();
+    QJsonObject source = report[QStringLiteral("src")].toObject();
+    QJsonObject version = report[QStringLiteral("version")].toObject();
+    source[QStringLiteral("definition")] = source[QStringLiteral("definition")].toString().replace(
+        QUrl::fromLocalFile(QStringLiteral(GOLDEN_DEFINITION)).toString(), QStringLiteral("DEFINITION"));
+    if (version[QStringLiteral("software")] == QLatin1String(Version::KELP_VERSION))
+        version[QStringLiteral("software")] = QStringLiteral("VERSION");
+    report[QStringLiteral("src")] = source;
+    report[QStringLiteral("version")] = version;
+    data[QStringLiteral("report")] = report;
+    return QJsonDocument(QJsonObject{{keyOfFigures, data}}).toJson();
+}
+
+QByteArray documentWithoutFigures(const QByteArray &json)
+{
+    QJsonObject document = QJsonDocument::fromJson(json).object();
+    document.remove(keyOfFigures);
+    static const QRegularExpression picture(QStringLiteral("(data:image/png;base64,)[A-Za-z0-9+/=]+"));
+    return QString::fromUtf8(QJsonDocument(document).toJson())
+        .replace(picture, QStringLiteral("\\1PNG"))
+        .toUtf8();
+}
+
+QString documentFile()
+{
+    return QStringLiteral("document.json");
 }
 
 QStringList profileNames(const QDir &profiles)

@@ -20,6 +20,15 @@ struct Form {
 
 const QVector<Form> &forms();
 
+// A JSON report as it is kept for comparison: the figures of one profile, and all else, which every profile
+// shares. What depends on the place and the release is named instead: the address of the definition, the
+// version of the software, the bytes of the logos.
+QByteArray figuresOf(const QByteArray &json);
+QByteArray documentWithoutFigures(const QByteArray &json);
+
+// The file with what documentWithoutFigures() gives.
+QString documentFile();
+
 // The profiles of a folder, by their names without the suffix, in alphabetical order.
 QStringList profileNames(const QDir &profiles);
 
