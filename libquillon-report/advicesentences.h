@@ -1,39 +1,10 @@
 #ifndef QUILLON_REPORT_ADVICESENTENCES_H
 #define QUILLON_REPORT_ADVICESENTENCES_H
 
-#include "api/defaultmetrics.h"
+#include "advicesentence.h"
 
-#include <QObject>
-#include <QString>
-
-// What performanceadvice says, apart from when it says it. Internal to that module.
+// What performanceadvice says, apart from when it says it. Internal to the advice modules.
 namespace advicesentences {
-
-using quillon::report::DefaultMetrics;
-using quillon::report::PodLatin1String;
-
-// A sentence with the metrics or subsections that its spans belong to: %1 and %2.
-struct Sentence {
-    const char *text = nullptr;
-    PodLatin1String about = {nullptr};
-    PodLatin1String alsoAbout = {nullptr};
-};
-
-constexpr Sentence none;
-
-// The sentence in the user's language; a null string for none.
-inline QString say(const Sentence &sentence)
-{
-    if (!sentence.text) {
-        return {};
-    }
-    const QString text = QObject::tr(sentence.text);
-    if (!sentence.about.value) {
-        return text;
-    }
-    return sentence.alsoAbout.value ? text.arg(QString(sentence.about), QString(sentence.alsoAbout))
-                                    : text.arg(QString(sentence.about));
-}
 
 // CPU
 

@@ -8,6 +8,7 @@
 #include "metricreaders.h"
 #include "performanceadvice.h"
 #include "rateclassification.h"
+#include "trappedcapacityadvice.h"
 
 #include "core/environment.h"
 #include "core/internstringcache.h"
@@ -316,6 +317,7 @@ void setTrappedTemplateData(Filling &filling)
         {DefaultMetrics::SummaryEntryOtherPercentOfBudget, otherPercent},
     });
     setTrappedCapacityMetricsData(filling.report, filling.implicitMetrics, perfData, filling.data);
+    trappedCapacityAdvice(filling.report, perfData);
     if (!perfData.hasTrappedCapacity)
         qCritical("Trapped Capacity metric unavailable, report will be incomplete.");
 }

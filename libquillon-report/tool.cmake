@@ -1,6 +1,7 @@
 # The top directory of libquillon-report: analysis, advice and tool.
 add_library(quillon-report-tool OBJECT
   activitypower.cpp
+  advicegenerator.cpp
   boundmetrics.cpp
   computeperformancedata.cpp
   forcedmetrics.cpp
@@ -11,6 +12,7 @@ add_library(quillon-report-tool OBJECT
   quillonreportmaingui.cpp
   quillonreporttool.cpp
   rateclassification.cpp
+  trappedcapacityadvice.cpp
 )
 set_target_properties(quillon-report-tool PROPERTIES AUTOMOC ON)
 target_include_directories(quillon-report-tool

@@ -15,7 +15,7 @@ class TrappedReport : public AnalysisTest { };
 
 constexpr int OneHourMs = 3600000;
 
-// The metrics that a report on trapped capacity has to declare.
+// The metrics and the subsection that a report on trapped capacity has to declare.
 ReportDefinition trappedDefinition()
 {
     ReportDefinition definition = bareDefinition();
@@ -31,6 +31,11 @@ ReportDefinition trappedDefinition()
     metrics.append(
         ReportDefinition::MetricDef().withId(DefaultMetrics::EnergyError).withType(PMetricType::String));
     definition.setMetricDefinitionList(metrics);
+    ReportDefinition::SubsectionDef::List subsections = definition.getSubsectionList();
+    ReportDefinition::SubsectionDef cpuEnergy;
+    cpuEnergy.id = DefaultMetrics::SubsectionCpuEnergy;
+    subsections.append(cpuEnergy);
+    definition.setSubsectionList(subsections);
     return definition;
 }
 
