@@ -182,8 +182,10 @@ QString ReportEngine::renderDynamicHtml(const QJsonObject &data, const QString &
         store(error, QObject::tr("there is no template \"%1\" for html").arg(templateName));
         return QString();
     }
-    QStringList page = {QStringLiteral("<!DOCTYPE html>"), QStringLiteral("<html>"), QStringLiteral("<head>"),
-        QStringLiteral("<meta charset=\"utf-8\">"), QLatin1String(kOldBrowsers)};
+    QStringList page = {QStringLiteral("<!DOCTYPE html>"), QStringLiteral("<html lang=\"en\">"),
+        QStringLiteral("<head>"), QStringLiteral("<meta charset=\"utf-8\">"),
+        QStringLiteral("<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">"),
+        QLatin1String(kOldBrowsers)};
     page += mHeadContent;
     for (const char *name : kScripts)
         page.append(scriptElement(QLatin1String(name)));
@@ -194,7 +196,9 @@ QString ReportEngine::renderDynamicHtml(const QJsonObject &data, const QString &
             page.append(partialElement(partial.key(), partial.value(), format.key()));
     }
     page += {QStringLiteral("</head>"), QStringLiteral("<body>"),
-        QStringLiteral("<div id=\"brivane-report\"></div>"),
+        QStringLiteral("<main id=\"brivane-report\"></main>"),
+        QStringLiteral("<noscript><p>This report draws itself with scripts, and they are switched off "
+                       "here.</p></noscript>"),
         QStringLiteral("<script id=\"brivane-report-data\" type=\"application/json\">%1</script>")
             .arg(jsonForPage(QJsonDocument(data))),
         QString::fromLatin1(kStartUp).arg(jsonForPage(QJsonDocument(QJsonArray{templateName}))),

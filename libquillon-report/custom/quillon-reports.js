@@ -477,6 +477,56 @@ if (document) {
     }
     element.className = classes.join(' ');
   };
+
+  // What the layout leaves unsaid to those who don't see the page, or who use it without a mouse.
+  quillonReports.makeAccessible = function (jsonData) {
+    function forEachElement(selector, fn) {
+      Array.prototype.forEach.call(document.querySelectorAll(selector), fn);
+    }
+
+    function setAttributes(element, attributes) {
+      brivane.forEach(attributes, function (value, name) {
+        element.setAttribute(name, value);
+      });
+    }
+
+    // The name of a metric opens the row behind its own.
+    function makeButton(toggle) {
+      var row = toggle.parentNode.parentNode;
+      var detail = row.parentNode.rows[row.sectionRowIndex + 1].cells[0];
+
+      function tell() {
+        toggle.setAttribute('aria-expanded', /\bshow\b/.test(detail.className) ? 'true' : 'false');
+      }
+      toggle.setAttribute('role', 'button');
+      tell();
+      toggle.addEventListener('click', tell);
+      toggle.addEventListener('keydown', function (event) {
+        if (event.key === ' ') {
+          event.preventDefault();
+          toggle.click();
+        }
+      });
+    }
+
+    function describeChart(radarData) {
+      return 'Chart: ' + radarData.data.map(function (point) {
+        var percent = quillonReports.templateHelpers.percent(point.value).trim();
+        return point.axis + ' ' + percent + (percent === 'not supported' ? '' : '%');
+      }).join(', ');
+    }
+
+    forEachElement('#summary > .heading', function (heading) {
+      setAttributes(heading, { role: 'heading', 'aria-level': '1' });
+    });
+    forEachElement('#logo img', function (image) {
+      image.setAttribute('alt', 'Logo');
+    });
+    forEachElement('#time_radar svg', function (chart) {
+      setAttributes(chart, { role: 'img', 'aria-label': describeChart(quillonReports.makeRadarData(jsonData)) });
+    });
+    forEachElement('a.toggle', makeButton);
+  };
 }
 
 ReportEngine.registerHelpers({ all: quillonReports.templateHelpers });
@@ -501,4 +551,6 @@ if (ReportEngine.afterRender) {
     });
     RadarChart.draw('#time_radar', [radarData.data], radarData.options);
   });
+
+  ReportEngine.afterRender(quillonReports.makeAccessible);
 }
