@@ -6,6 +6,7 @@
 #include "core/version.h"
 
 #include <QObject>
+#include <QScopedPointer>
 #include <QSet>
 #include <QTextCodec>
 
@@ -77,6 +78,36 @@ quillon_report::quillon_report(const ReportDefinition &reportDef)
     std::memset(mErrorBuffer, 0, sizeof mErrorBuffer);
     // A failure stays in the error buffer, where the caller finds it.
     createMetricValues(mReportDefinition);
+}
+
+quillon_report::quillon_report(const char *reportDefinitionXmlBuffer)
+{
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    std::memset(mErrorBuffer, 0, sizeof mErrorBuffer);
+    if (createReportDefinition(reportDefinitionXmlBuffer))
+        createMetricValues(mReportDefinition);
+}
+
+bool quillon_report::createReportDefinition(const char *xmlBuffer)
+{
+    if (!xmlBuffer) {
+        setErrorMessage("xml layout buffer pointer is null");
+        return false;
+    }
+    QString error;
+    const QScopedPointer<ReportDefinition> definition(ReportDefinition::createFromXml(QByteArray(xmlBuffer),
+        QUrl(), ReportDefinition::DefaultSchemaFilename, &error, ReportDefinition::SilentValidation,
+        ReportDefinition::Config()));
+    if (!error.isEmpty()) {
+        setErrorMessage(error.toUtf8().constData());
+        return false;
+    }
+    if (!definition) {
+        setErrorMessage("internal report definition pointer is null");
+        return false;
+    }
+    mReportDefinition = *definition;
+    return true;
 }
 
 bool quillon_report::createMetricValues(const ReportDefinition &reportDefinition)

@@ -34,6 +34,9 @@ struct QUILLON_REPORT_EXPORT quillon_report {
     // values. It never throws for a bad definition: ask hasErrorMessage(). Makes UTF-8 the locale codec of
     // the whole process, for good, since all text that callers give and take is UTF-8.
     explicit quillon_report(const quillon::report::ReportDefinition &reportDef);
+    // The same from the XML text, in UTF-8 and NUL-terminated, of a full report. When it can't be read the
+    // report has an empty definition, no metrics, and the reason as its error.
+    explicit quillon_report(const char *reportDefinitionXmlBuffer);
 
     quillon::report::ReportDefinition::Config reportConfig();
     quillon::report::ReportDefinition definition() const;
@@ -119,6 +122,7 @@ struct QUILLON_REPORT_EXPORT quillon_report {
     QList<quillon::report::DcimValue> toDcimValues(const QStringList &visibleMetricNames) const;
 
 private:
+    bool createReportDefinition(const char *xmlBuffer);
     bool createMetricValues(const quillon::report::ReportDefinition &reportDefinition);
 
     quillon::report::ReportDefinition mReportDefinition;

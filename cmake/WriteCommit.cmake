@@ -1,0 +1,20 @@
+# cmake -DSOURCE=folder -DCOMMIT=commit or empty -DHEADER=file -P WriteCommit.cmake
+if(NOT COMMIT AND EXISTS "${SOURCE}/.git")
+  execute_process(COMMAND git rev-parse --short=12 HEAD
+    WORKING_DIRECTORY "${SOURCE}" OUTPUT_VARIABLE COMMIT OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+endif()
+if(NOT COMMIT AND EXISTS "${SOURCE}/COMMIT")
+  file(STRINGS "${SOURCE}/COMMIT" COMMIT LIMIT_COUNT 1)
+endif()
+if(NOT COMMIT)
+  set(COMMIT "unknown commit")
+endif()
+
+set(content "#define QUILLON_COMMIT \"${COMMIT}\"\n")
+set(written "")
+if(EXISTS "${HEADER}")
+  file(READ "${HEADER}" written)
+endif()
+if(NOT written STREQUAL content)
+  file(WRITE "${HEADER}" "${content}")
+endif()
