@@ -157,25 +157,28 @@ MetricDef::List DefaultMetrics::getOptionalApplicationDetailsMetrics(DefaultMetr
 
 MetricDef::List DefaultMetrics::getInternalMetrics(DefaultMetricVersion::Enum version)
 {
-    static MetricDef::List metrics;
-    if (metrics.isEmpty()) {
+    // The first call's version decides; threads may make it at once.
+    static const MetricDef::List metrics = [version] {
+        MetricDef::List rows;
         for (const ImplicitMetric &row : kInternal)
             if (row.version == OlderThan6_1 || version > DefaultMetricVersion::DefaultMetrics6_1)
-                metrics.append(toMetricDef(row));
-    }
+                rows.append(toMetricDef(row));
+        return rows;
+    }();
     return metrics;
 }
 
 bool DefaultMetrics::containsImplicitMetric(QString metricId)
 {
-    static QSet<QString> ids;
-    if (ids.isEmpty()) {
+    static const QSet<QString> ids = [] {
         const MetricDef::List metrics = getInternalMetrics(getCurrentVersion())
             + getRequiredApplicationDetailsMetrics(getCurrentVersion())
             + getOptionalApplicationDetailsMetrics(getCurrentVersion());
+        QSet<QString> names;
         for (const MetricDef &metric : metrics)
-            ids.insert(metric.id);
-    }
+            names.insert(metric.id);
+        return names;
+    }();
     return ids.contains(metricId);
 }
 
