@@ -543,6 +543,7 @@ TEST(TrappedOverview, GainsTheDifferenceInPowerWhereItIsKnown)
             data.threadsSync = threadsSync;
         });
     };
+    EXPECT_EQ(job(0.5, 0.5, 0).find(lookFirst("MPI communication", mpi)), 0u);
     EXPECT_EQ(job(60, 80, 0), lookFirst("MPI communication", mpi) + lookThen("I/O operations", io));
     EXPECT_EQ(job(60, 80, 29),
         lookFirst("MPI communication", mpi) + lookThen("thread synchronisation", threadsSection));
