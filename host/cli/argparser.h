@@ -15,6 +15,8 @@ extern BRIVANE_HOST_EXPORT const QString kListMetrics;
 extern BRIVANE_HOST_EXPORT const QString kCleanconfig;
 extern BRIVANE_HOST_EXPORT const QString kAutoconfig;
 extern BRIVANE_HOST_EXPORT const QString kManual;
+extern BRIVANE_HOST_EXPORT const QString kSamples;
+extern BRIVANE_HOST_EXPORT const QString kInterval;
 
 // Launchers of parallel jobs that the usage text names.
 extern BRIVANE_HOST_EXPORT const QStringList exampleMpirunCommands;
@@ -30,6 +32,12 @@ public:
     // Whether the tool would open a window.
     virtual bool isInteractive() const = 0;
 
+    // How many samples a profile can have, and the longest interval between its first ones in ms.
+    static constexpr int MinSamples = 2;
+    static constexpr int MaxSamples = 1000;
+    static constexpr int MaxInterval = 60000;
+
+    void parseOnly() override;
     bool findContradictions() override;
 
     // The program to run or the file to load, the first word that isn't an option; empty if that word
@@ -44,6 +52,11 @@ public:
     // The file that the job reads as its standard input, or null.
     QString getInputFile() const { return stringArg(kInput); }
 
+    // The most samples that the profile shall have, and the interval between its first ones in ms; 0: as
+    // configured.
+    int getSamples() const { return mSamples; }
+    int getInterval() const { return mInterval; }
+
     bool isVerbose() const { return boolArg(kVerbose); }
     bool isQuiet() const { return boolArg(kQuiet); }
     bool isHelp() const { return boolArg(kHelp); }
@@ -56,6 +69,12 @@ public:
 
     // Puts the tool's own words into the help of --verbose.
     void setVerboseDocumentation(const QString &documentation);
+
+private:
+    int parseNumber(const QString &option, int least, int greatest);
+
+    int mSamples = 0;
+    int mInterval = 0;
 };
 
 #endif

@@ -64,7 +64,14 @@ QString BaseArgParser::helpText() const
 
 QList<BaseArgParser::Option> BaseArgParser::options() const
 {
-    return mOptions.mid(mCommonOptions) + mOptions.mid(0, mCommonOptions);
+    QList<Option> result;
+    int end = mOptions.size();
+    for (int group = mGroupEnds.size() - 1; group >= -1; --group) {
+        const int begin = group >= 0 ? mGroupEnds.at(group) : 0;
+        result += mOptions.mid(begin, end - begin);
+        end = begin;
+    }
+    return result;
 }
 
 void BaseArgParser::arg(bool shown, const QString &name, const QStringList &shortNames,

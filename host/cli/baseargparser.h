@@ -73,8 +73,14 @@ public:
 
     // What --help prints: prologue, options, examples, epilogue, in lines of at most 80 columns.
     QString helpText() const;
-    // The table in the order of the help: a tool's own options before those that all tools have.
+    // The table in the order of the help: a tool's own options, then those that several tools have, then
+    // those of all tools.
     QList<Option> options() const;
+    // Commands that show how the tool is used.
+    QList<Example> examples() const { return mExamples; }
+    // The text around the options.
+    QString helpPrologue() const { return mHelpPrologue; }
+    QString helpEpilogue() const { return mHelpEpilogue; }
 
 protected:
     void setHelpPrologue(const QString &text) { mHelpPrologue = text; }
@@ -84,13 +90,15 @@ protected:
     // Declares an option. A second declaration of a name replaces the first.
     void arg(bool shown, const QString &name, const QStringList &shortNames, const QString &parameter,
         const QString &documentation);
-    // The rows declared so far are those that all tools have.
-    void endCommonOptions() { mCommonOptions = mOptions.size(); }
+    // The rows declared since the last call belong together; the help shows groups in reverse order.
+    void endGroup() { mGroupEnds.append(mOptions.size()); }
     // A positional argument with this file extension is a file to load instead of a program to run.
     void canAutoLoad(const QString &extension) { mAutoLoadExtensions.append(extension); }
     bool isAutoLoadFile(const QString &word) const;
 
 private:
+    friend class FERNAndQuillonReportCommonArgs; // a part of parsers, which declares options, too
+
     int parseWord(int index);
     int parseLongOption(int index);
     int parseShortOptions(int index);
@@ -104,7 +112,7 @@ private:
     const QStringList mArgs;
     const Platform::Enum mPlatform;
     QList<Option> mOptions;
-    int mCommonOptions = 0;
+    QList<int> mGroupEnds;
     QStringList mAutoLoadExtensions;
     QString mHelpPrologue;
     QString mHelpEpilogue;

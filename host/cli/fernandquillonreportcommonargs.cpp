@@ -7,6 +7,13 @@ const QString kDisableMetrics = QStringLiteral("disable-metrics");
 FERNAndQuillonReportCommonArgs::FERNAndQuillonReportCommonArgs(BaseArgParser &parser)
     : mParser(parser)
 {
+    mParser.arg(true, kSelectRanks, {}, QStringLiteral("RANKS"),
+        BaseArgParser::tr("profile the MPI ranks RANKS only, numbers and ranges such as 0,4-7"));
+    mParser.arg(true, kDisableMetrics, {}, QStringLiteral("METRICS"),
+        BaseArgParser::tr("leave these metrics out, ids with commas between; see --list-metrics"));
+    mParser.arg(true, kEnableMetrics, {}, QStringLiteral("METRICS"),
+        BaseArgParser::tr("record these metrics although the configuration file leaves them out"));
+    mParser.endGroup();
 }
 
 FERNAndQuillonReportCommonArgs::~FERNAndQuillonReportCommonArgs() = default;
@@ -21,6 +28,13 @@ bool FERNAndQuillonReportCommonArgs::findContradictions()
                 false);
             return true;
         }
+    }
+    const QStringList words = mParser.positionals();
+    if (mParser.boolArg(kSelectRanks) && !words.isEmpty() && mParser.isAutoLoadFile(words.first())) {
+        mParser.setError(BaseArgParser::tr("'%1' is loaded and no program run, so that %2 has no meaning")
+                             .arg(words.first(), mParser.getUsedName(kSelectRanks)),
+            false);
+        return true;
     }
     return false;
 }

@@ -9,10 +9,10 @@ extern BRIVANE_HOST_EXPORT const QString kEnableMetrics;
 extern BRIVANE_HOST_EXPORT const QString kDisableMetrics;
 
 // What the two profiling tools ask for in the same words, beside what all tools have: which ranks and which
-// metrics. A second base of their parsers, which declare the options.
+// metrics. A second base of their parsers.
 class BRIVANE_HOST_EXPORT FERNAndQuillonReportCommonArgs {
 public:
-    // `parser` is the parser that this is a part of.
+    // `parser` is the parser that this is a part of. Declares the options in it.
     explicit FERNAndQuillonReportCommonArgs(BaseArgParser &parser);
     virtual ~FERNAndQuillonReportCommonArgs();
 

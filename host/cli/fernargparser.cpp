@@ -43,11 +43,15 @@ bool FernArgParser::findContradictions()
         return true;
     }
     const bool hasProgram = programIndex() >= 0;
-    if (hasProgram && shouldListMetrics()) {
-        setError(tr("both %1 and %2 are given").arg(getUsedName(kListMetrics), tr("a program")), false);
-        return true;
+    bool needsProgram = !isManualLaunch() && !isHelp() && !isPrintVersion();
+    for (const QString &option : {kCleanconfig, kAutoconfig, kListMetrics}) {
+        if (boolArg(option) && (hasProgram || isManualLaunch())) {
+            setError(tr("both %1 and %2 are given").arg(getUsedName(option), tr("a program")), false);
+            return true;
+        }
+        needsProgram = needsProgram && !boolArg(option);
     }
-    if (!hasProgram && !shouldListMetrics() && !isHelp() && !isPrintVersion()) {
+    if (!hasProgram && needsProgram) {
         setError(tr("no program to run"), false);
         return true;
     }

@@ -1,5 +1,7 @@
 #include "profile/spoolmerger.h"
 
+#include "profile/instructionmix.h"
+#include "profile/jobchoice.h"
 #include "profile/profilerdata.h"
 #include "profile/spoolmetrics.h"
 #include "profile/spoolreader.h"
@@ -10,6 +12,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <functional>
 #include <set>
 #include <tuple>
 
@@ -21,8 +24,9 @@ class Remarks {
     Q_DECLARE_TR_FUNCTIONS(SpoolMerger)
 
 public:
-    explicit Remarks(QStringList *remarks)
+    Remarks(QStringList *remarks, QStringList *warnings)
         : mRemarks(remarks)
+        , mWarnings(warnings)
     {
     }
 
@@ -39,6 +43,18 @@ public:
     {
         add(tr("only %1 of %2 ranks left a profile").arg(found).arg(expected));
     }
+    void leftOut(const QStringList &sentences)
+    {
+        for (const QString &sentence : sentences) {
+            add(sentence);
+        }
+    }
+    void noSuchRanks()
+    {
+        if (mWarnings) {
+            mWarnings->append(tr("the job has none of the selected ranks; its profile is of all processes"));
+        }
+    }
 
 private:
     void add(const QString &remark)
@@ -49,6 +65,7 @@ private:
     }
 
     QStringList *mRemarks;
+    QStringList *mWarnings;
 };
 
 QVector<SpoolProcess> readProcesses(const QString &folder, Remarks &remarks)
@@ -67,30 +84,22 @@ QVector<SpoolProcess> readProcesses(const QString &folder, Remarks &remarks)
     return processes;
 }
 
-template <typename Predicate>
-QVector<SpoolProcess> those(const QVector<SpoolProcess> &processes, Predicate predicate)
+// Those that the user wants to see, or all where none of them is among the wanted ones.
+QVector<SpoolProcess> selectRanks(
+    const QVector<SpoolProcess> &job, const std::function<bool(int rank)> &isSelected, Remarks &remarks)
 {
-    QVector<SpoolProcess> chosen;
-    std::copy_if(processes.begin(), processes.end(), std::back_inserter(chosen), predicate);
-    return chosen;
-}
-
-QVector<SpoolProcess> chooseJob(const QVector<SpoolProcess> &processes)
-{
-    using namespace fern::spool;
-    const auto isRank = [](const SpoolProcess &process) { return process.is(FlagMpi); };
-    const auto isProgram
-        = [](const SpoolProcess &process) { return !process.is(FlagLauncher) && !process.is(FlagExec); };
-    const auto isLast = [](const SpoolProcess &process) { return !process.is(FlagExec); };
-
-    QVector<SpoolProcess> job = those(processes, isRank);
-    if (job.isEmpty()) {
-        job = those(processes, isProgram);
+    if (!isSelected)
+        return job;
+    QVector<SpoolProcess> selected;
+    for (const SpoolProcess &process : job) {
+        if (process.is(fern::spool::FlagMpi) && isSelected(process.mpiRank))
+            selected.append(process);
     }
-    if (job.isEmpty()) {
-        job = those(processes, isLast);
+    if (selected.isEmpty()) {
+        remarks.noSuchRanks();
+        return job;
     }
-    return job.isEmpty() ? processes : job;
+    return selected;
 }
 
 HitCounts hitsOf(const Bin &bin)
@@ -121,7 +130,7 @@ QString rangesOf(const std::set<int> &numbers)
     return ranges.join(QLatin1Char(','));
 }
 
-QString profiledRanks(const QVector<SpoolProcess> &job, Remarks &remarks)
+QString profiledRanks(const QVector<SpoolProcess> &job, bool isSelection, Remarks &remarks)
 {
     std::set<int> ranks;
     int size = 0;
@@ -134,7 +143,9 @@ QString profiledRanks(const QVector<SpoolProcess> &job, Remarks &remarks)
     if (static_cast<int>(ranks.size()) >= size) {
         return QStringLiteral("All");
     }
-    remarks.ranksMissing(static_cast<int>(ranks.size()), size);
+    if (!isSelection) {
+        remarks.ranksMissing(static_cast<int>(ranks.size()), size);
+    }
     return rangesOf(ranks);
 }
 
@@ -155,7 +166,8 @@ QString ompNumThreads(const QVector<SpoolProcess> &job)
     return least == most ? QString::number(least) : QStringLiteral("%1-%2").arg(least).arg(most);
 }
 
-ProfileFacts factsOf(const QVector<SpoolProcess> &job, const SpoolTimeline &timeline, Remarks &remarks)
+ProfileFacts factsOf(
+    const QVector<SpoolProcess> &job, const SpoolTimeline &timeline, bool isSelection, Remarks &remarks)
 {
     const auto earlier = [](const SpoolProcess &a, const SpoolProcess &b) {
         return std::tie(a.mpiRank, a.beginNs, a.pid) < std::tie(b.mpiRank, b.beginNs, b.pid);
@@ -171,17 +183,20 @@ ProfileFacts factsOf(const QVector<SpoolProcess> &job, const SpoolTimeline &time
     facts.startTime = QDateTime::fromMSecsSinceEpoch(timeline.beginNs() / 1000000);
     facts.processes = job.size();
     facts.nodes = hostnames.size();
-    facts.profiledRanks = profiledRanks(job, remarks);
+    facts.profiledRanks = profiledRanks(job, isSelection, remarks);
     facts.ompNumThreads = ompNumThreads(job);
     return facts;
 }
 
 } // namespace
 
-bool mergeSpools(const QString &folder, ProfilerData *profile, QStringList *remarkTexts)
+bool mergeSpools(
+    const QString &folder, ProfilerData *profile, QStringList *remarkTexts, const MergeOptions &options)
 {
-    Remarks remarks(remarkTexts);
-    QVector<SpoolProcess> job = chooseJob(readProcesses(folder, remarks));
+    Remarks remarks(remarkTexts, options.warnings);
+    const JobChoice choice = chooseJob(readProcesses(folder, remarks));
+    remarks.leftOut(choice.leftOut);
+    QVector<SpoolProcess> job = selectRanks(choice.job, options.isSelected, remarks);
     // Node by node, for SpoolMetrics; the rest of the order makes the result the same every time.
     std::sort(job.begin(), job.end(), [](const SpoolProcess &a, const SpoolProcess &b) {
         return std::tie(a.hostname, a.mpiRank, a.path) < std::tie(b.hostname, b.mpiRank, b.path);
@@ -190,16 +205,26 @@ bool mergeSpools(const QString &folder, ProfilerData *profile, QStringList *rema
         return false;
     }
 
-    const SpoolTimeline timeline(job);
+    const SpoolTimeline timeline(job, options.maxSamples);
     SpoolMetrics metrics(timeline);
     QVector<HitCounts> hits(timeline.numSamples());
     QVector<SpoolProcess> merged;
-    for (const SpoolProcess &process : job) {
+    for (int i = 0; i < job.size(); ++i) {
+        const SpoolProcess &process = job[i];
         QVector<Bin> bins;
         QString reason;
+        if (options.progress) {
+            options.progress(i, job.size());
+        }
         if (!SpoolReader::readBins(process, &bins, &reason)) {
             remarks.skipped(process.path, reason);
             continue;
+        }
+        SpoolCode code;
+        if (SpoolReader::readCode(process, &code, &reason)) {
+            InstructionMix(code).addTo(process, &bins);
+        } else {
+            remarks.skipped(process.path, reason);
         }
         for (int bin = 0; bin < bins.size(); ++bin) {
             hits[timeline.sampleOf(process, bin)] += hitsOf(bins[bin]);
@@ -213,7 +238,7 @@ bool mergeSpools(const QString &folder, ProfilerData *profile, QStringList *rema
     if (merged.isEmpty()) {
         return false;
     }
-    profile->setFacts(factsOf(merged, timeline, remarks));
+    profile->setFacts(factsOf(merged, timeline, bool(options.isSelected), remarks));
     profile->setSamples(hits, timeline.timesMs());
     metrics.store(profile);
     return true;

@@ -21,7 +21,7 @@ int toMs(qint64 ns)
 
 } // namespace
 
-SpoolTimeline::SpoolTimeline(const QVector<SpoolProcess> &processes)
+SpoolTimeline::SpoolTimeline(const QVector<SpoolProcess> &processes, int maxSamples)
     : mEpochNs(processes.first().epochNs)
     , mBeginNs(processes.first().beginNs)
     , mEndNs(processes.first().endNs)
@@ -36,7 +36,7 @@ SpoolTimeline::SpoolTimeline(const QVector<SpoolProcess> &processes)
         widthNs *= 2; // keeps the count of samples within its type
     }
     setWidth(widthNs);
-    while (mNumSamples > ProfilerData::MaxSamples) {
+    while (mNumSamples > maxSamples && mWidthNs <= mEndNs - mBeginNs) {
         setWidth(mWidthNs * 2);
     }
 }

@@ -6,12 +6,13 @@
 #include <QVector>
 
 // The samples of a job, laid over the bins of its processes. The samples are as wide as the widest bins, or
-// wider by a power of two where the job would otherwise have more than ProfilerData::MaxSamples; their
+// wider by a power of two where the job would otherwise have more than there may be; their
 // borders are borders of bins, since these are counted from an epoch that the job has in common.
 class SpoolTimeline {
 public:
-    // Takes at least one process.
-    explicit SpoolTimeline(const QVector<SpoolProcess> &processes);
+    // Takes at least one process, and how many samples there may be, at least 2: one
+    // border can always lie within the job.
+    SpoolTimeline(const QVector<SpoolProcess> &processes, int maxSamples);
 
     int numSamples() const { return mNumSamples; }
     qint64 beginNs() const { return mBeginNs; } // when the job's first process was first seen

@@ -198,7 +198,7 @@ TEST(Help, AnnouncesNoOptionThatIsRefused)
     for (const BaseArgParser::Option &option : QuillonReportArgParser({}, Platform::current()).options()) {
         QStringList args{BaseArgParser::hyphenate(option.name)};
         if (!option.parameter.isEmpty())
-            args.append("default");
+            args.append(option.name == kType ? "default" : "2");
         QuillonReportArgParser parser(args, Platform::current());
         parser.parseOnly();
         EXPECT_FALSE(parser.hasError()) << parser.getError().toStdString();
