@@ -8,6 +8,7 @@
 #include "quillonreport.h"
 #include "quillonreportargparser.h"
 #include "quillonreporttool.h"
+#include "sendtodcim.h"
 #include "workflow/mainwindow.h"
 #include "workflow/offlinesupport.h"
 #include "workflow/portal.h"
@@ -192,6 +193,8 @@ void QuillonReportMainGUI::writeQuillonReports()
     const QString extra = brivane::environmentString("EXTRA_REPORT");
     if (!extra.isEmpty() && !writeExtraReport(data, type, extra))
         setOutputFailed();
+    if (args().isDcimOutput())
+        sendToDcim(data, args().isVerbose(), *reportDefinition);
     if (args().getOutputFile() == QLatin1String("/dev/null"))
         return;
     const int version = data.getFernFileVersion();

@@ -12,6 +12,7 @@ add_library(quillon-report-tool OBJECT
   quillonreportmaingui.cpp
   quillonreporttool.cpp
   rateclassification.cpp
+  sendtodcim.cpp
   trappedcapacityadvice.cpp
 )
 set_target_properties(quillon-report-tool PROPERTIES AUTOMOC ON)

@@ -3,6 +3,7 @@
 #include "workflow/exitstatus.h"
 #include "workflow/kelpconfig.h"
 #include "workflow/mainwindow.h"
+#include "workflow/qshutdowngroup.h"
 
 #include <QEventLoop>
 #include <QThread>
@@ -71,6 +72,8 @@ int FERNMainGUI::exec()
     const int exitStatus = loop.exec();
     thread.quit();
     thread.wait();
+    if (const std::optional<int> shutdown = QShutdownGroup::globalInstance()->takeExitStatus())
+        return *shutdown;
     return mOutputFailed ? ExitFailure : exitStatus;
 }
 

@@ -31,7 +31,7 @@ public:
         bool loading, FrontendApplicationProperties *properties) const = 0;
 
     // Goes through the workflow from its start to its end, with an event loop meanwhile. The result is the
-    // exit status of the program: the job's own, or an ExitStatus.
+    // exit status of the program: the job's own, an ExitStatus, or what QShutdownGroup was told.
     int exec();
 
     // Whether the profile holds figures by kind of instruction, found by disassembling them.

@@ -8,9 +8,10 @@ namespace {
 
 void print(const QString &message)
 {
-    const QByteArray line
-        = (BrivaneTool::currentTool()->getCanonicalName() + QLatin1String(": ") + message + QLatin1Char('\n'))
-              .toUtf8();
+    QByteArray line
+        = (BrivaneTool::currentTool()->getCanonicalName() + QLatin1String(": ") + message).toUtf8();
+    if (!line.endsWith('\n')) // what another program printed often has its own
+        line += '\n';
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
     std::fflush(stderr);
 }
