@@ -256,7 +256,7 @@ var quillonReports = (function () {
         'invalid usage of csvEscape, an argument is required when used as a function');
     }
     var text = brivane.replaceAll(toText(value), '"', '""');
-    return /[, \n"]/.test(text) ? '"' + text + '"' : text;
+    return /[, \r\n"]/.test(text) ? '"' + text + '"' : text;
   }
 
   // A text as it stands between single quotes in a script, whatever it holds.
