@@ -28,7 +28,9 @@ std::optional<QString> unescaped(const QString &text)
         else if (escape == QLatin1Char('\\') || escape == QLatin1Char('"'))
             result += escape;
         else if (escape == QLatin1Char('u')) {
-            result += QChar(text.mid(i + 1, 4).toUShort(&ok, 16));
+            const QString digits = text.mid(i + 1, 4);
+            result += QChar(digits.toUShort(&ok, 16));
+            ok = ok && digits.size() == 4;
             i += 4;
         } else
             ok = false;
@@ -141,12 +143,12 @@ private:
     bool readSamples(const QStringList &words)
     {
         const QVector<double> numbers = numbersOf(words);
-        if (numbers.size() != 2)
+        if (numbers.size() != 2 || numbers[0] < 0 || numbers[0] > ProfilerData::MaxSamples)
             return false;
         mSamples = static_cast<int>(numbers[0]);
         mBuilder = ProfileBuilder(mSamples, static_cast<int>(numbers[1]));
         mBuilder.facts(mFacts);
-        return mSamples >= 0 && mSamples <= ProfilerData::MaxSamples;
+        return true;
     }
 
     bool readProcesses(const QStringList &words) { return readCount(words, mFacts.processes); }
