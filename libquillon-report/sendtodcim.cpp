@@ -101,9 +101,11 @@ int DcimScript::run()
     QWidget *const window = MainWindow::getWindow();
     const int err = mProcess->exitCode();
     if (mProcess->error() == QProcess::FailedToStart) {
+        // The exit code says that it failed, not why.
         OfflineSupport::warningMsgNonBlock(
             window, tr("cannot start DCIM script %1: %2").arg(mProgram, mProcess->errorString()));
-    } else if (err != 0) {
+    }
+    if (err != 0) {
         OfflineSupport::criticalMsgNonBlock(
             window, tr("%1 exited with error code %2. Abort.").arg(mProgram, QString::number(err)));
     } else if (mVerbose) {
