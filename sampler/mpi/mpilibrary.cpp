@@ -42,21 +42,21 @@ void *libraryOf(const void *address)
 }
 
 // A function of MPI that the sampler itself calls.
-template <typename... Arguments> class Helper {
+template <typename Result, typename... Arguments> class Helper {
 public:
     explicit constexpr Helper(const char *name)
         : mName(name)
     {
     }
-    // MPI's own result code, or -1 if there is no such function.
-    int operator()(Arguments... arguments)
+    // What MPI gives, or -1 if there is no such function.
+    Result operator()(Arguments... arguments)
     {
         Function function = mFunction.load(std::memory_order_relaxed);
         if (function == nullptr) {
             function = find(mName, nullptr);
             mFunction.store(function, std::memory_order_relaxed);
         }
-        return function != nullptr ? reinterpret_cast<int (*)(Arguments...)>(function)(arguments...) : -1;
+        return function != nullptr ? reinterpret_cast<Result (*)(Arguments...)>(function)(arguments...) : -1;
     }
 
 private:
@@ -64,11 +64,43 @@ private:
     std::atomic<Function> mFunction{nullptr};
 };
 
-Helper<Word, int *> commRank("PMPI_Comm_rank");
-Helper<Word, int *> commSize("PMPI_Comm_size");
-Helper<Word, int *> commTestInter("PMPI_Comm_test_inter");
-Helper<Word, int *> commRemoteSize("PMPI_Comm_remote_size");
-Helper<Word, int *> typeSize("PMPI_Type_size");
+Helper<int, Word, int *> commRank("PMPI_Comm_rank");
+Helper<int, Word, int *> commSize("PMPI_Comm_size");
+Helper<int, Word, int *> commTestInter("PMPI_Comm_test_inter");
+Helper<int, Word, int *> commRemoteSize("PMPI_Comm_remote_size");
+Helper<int, Word, int *> typeSize("PMPI_Type_size");
+Helper<int, Word, int *> topology("PMPI_Topo_test");
+Helper<int, Word, int *> dimensions("PMPI_Cartdim_get");
+Helper<int, Word, int, int *> graphNeighbours("PMPI_Graph_neighbors_count");
+Helper<int, Word, int *, int *, int *> distributedNeighbours("PMPI_Dist_graph_neighbors_count");
+Helper<Word, int> typeOfFortran("PMPI_Type_f2c");
+Helper<Word, int> communicatorOfFortran("PMPI_Comm_f2c");
+
+// An object of the library that is looked up once; nullptr if there is none.
+class Object {
+public:
+    explicit constexpr Object(const char *name)
+        : mName(name)
+    {
+    }
+    void *address()
+    {
+        if (!mIsKnown.load(std::memory_order_acquire)) {
+            mAddress.store(findObject(mName), std::memory_order_relaxed);
+            mIsKnown.store(true, std::memory_order_release);
+        }
+        return mAddress.load(std::memory_order_relaxed);
+    }
+
+private:
+    const char *mName;
+    std::atomic<void *> mAddress{nullptr};
+    std::atomic<bool> mIsKnown{false};
+};
+
+// Fortran's MPI_IN_PLACE: the variable itself in one implementation, a pointer to it in the other.
+Object inPlaceVariable("mpi_fortran_in_place_");
+Object inPlacePointer("MPIR_F_MPI_IN_PLACE");
 
 // Whether handles are addresses of the library's own objects, as in Open MPI and its kin.
 bool handlesArePointers()
@@ -153,6 +185,30 @@ int peersIn(Word communicator)
     return sizeOf(communicator);
 }
 
+Neighbours neighboursIn(Word communicator)
+{
+    // Cartesian grids and graphs have their numbers the other way round in MPICH.
+    constexpr int Distributed = 3;
+    const int cartesian = handlesArePointers() ? 1 : 2;
+    int kind = 0;
+    int number = 0;
+    if (topology(communicator, &kind) != 0)
+        return {};
+    if (kind == Distributed) {
+        int sources = 0;
+        int destinations = 0;
+        int isWeighted = 0;
+        if (distributedNeighbours(communicator, &sources, &destinations, &isWeighted) != 0)
+            return {};
+        return {sources, destinations};
+    }
+    if (kind == cartesian)
+        return dimensions(communicator, &number) == 0 ? Neighbours{2 * number, 2 * number} : Neighbours{};
+    if (kind == Distributed - cartesian && graphNeighbours(communicator, rankIn(communicator), &number) == 0)
+        return {number, number};
+    return {};
+}
+
 Word world()
 {
     return handlesArePointers() ? reinterpret_cast<Word>(findObject("ompi_mpi_comm_world")) : MpichWorld;
@@ -178,19 +234,42 @@ std::uint64_t sizeOfType(Word word)
     return static_cast<std::uint64_t>(asked);
 }
 
-void forgetTypeAt(Word address)
+void forgetType(Word word)
 {
-    const Word type = handlesArePointers()
-        ? *reinterpret_cast<const Word *>(address)
-        : handle(static_cast<Word>(*reinterpret_cast<const std::int32_t *>(address)));
+    const Word type = handle(word);
     KnownType &known = entryOf(type);
     if (known.type.load(std::memory_order_relaxed) == type)
         known.type.store(0, std::memory_order_release);
 }
 
+Word handleAt(Word address, int index)
+{
+    return handlesArePointers()
+        ? reinterpret_cast<const Word *>(address)[index]
+        : handle(static_cast<Word>(reinterpret_cast<const std::int32_t *>(address)[index]));
+}
+
+Word typeFromFortran(int type)
+{
+    return handlesArePointers() ? typeOfFortran(type) : handle(type);
+}
+
+Word communicatorFromFortran(int communicator)
+{
+    return handlesArePointers() ? communicatorOfFortran(communicator) : handle(communicator);
+}
+
 bool isInPlace(Word buffer)
 {
     return buffer == (handlesArePointers() ? 1 : -1);
+}
+
+bool isInPlaceOfFortran(Word buffer)
+{
+    if (handlesArePointers())
+        return buffer == reinterpret_cast<Word>(inPlaceVariable.address());
+    const auto *pointer = static_cast<const Word *>(inPlacePointer.address());
+    return pointer != nullptr && buffer == *pointer;
 }
 
 } // namespace fern::mpi

@@ -12,8 +12,8 @@ namespace fern::mpi {
 using Word = std::intptr_t;
 using Function = void (*)();
 
-// The profiling entry ("PMPI_...") of a call. Libraries that were loaded by dlopen() with local scope
-// are found through `caller`, an address in the code that called. nullptr if there is no MPI.
+// A function of the MPI library. Libraries that were loaded by dlopen() with local scope are found through
+// `caller`, an address in the code that called. nullptr if there is no such function.
 Function find(const char *name, const void *caller);
 
 // Rank of the calling process in a communicator; -1 if unknown.
@@ -22,16 +22,29 @@ int rankIn(Word communicator);
 int sizeOf(Word communicator);
 // Those that a rank sends to and receives from: of an intercommunicator the remote ones.
 int peersIn(Word communicator);
+// Ranks that a communicator's topology connects this one with; none if it has no topology.
+struct Neighbours {
+    int sources; // receives from
+    int destinations; // sends to
+};
+Neighbours neighboursIn(Word communicator);
 // The handle of MPI_COMM_WORLD.
 Word world();
 
 // Size of a datatype in bytes, remembered; 0 for the null datatype.
 std::uint64_t sizeOfType(Word type);
-// The handle that lies at an address may mean another type from now on.
-void forgetTypeAt(Word address);
+// The handle may mean another type from now on.
+void forgetType(Word type);
 
-// Whether a buffer argument is MPI_IN_PLACE.
+// One of an array of handles at an address.
+Word handleAt(Word address, int index);
+// The C handles behind Fortran's integers.
+Word typeFromFortran(int type);
+Word communicatorFromFortran(int communicator);
+
+// Whether a buffer argument is MPI_IN_PLACE, in C and in Fortran, where it is a variable of the library.
 bool isInPlace(Word buffer);
+bool isInPlaceOfFortran(Word buffer);
 
 } // namespace fern::mpi
 

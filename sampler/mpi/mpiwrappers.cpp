@@ -1,8 +1,7 @@
-// The wrappers of MPI's C binding.
+// The wrappers of MPI's calls, in C and in Fortran.
 
 #include "core/categoryscope.h"
 #include "core/processstate.h"
-#include "mpi/mpilibrary.h"
 #include "mpi/payload.h"
 
 #include <stddef.h>
@@ -20,6 +19,8 @@
 #define FERN_PARAMETERS_10 FERN_PARAMETERS_9, Word a9
 #define FERN_PARAMETERS_11 FERN_PARAMETERS_10, Word a10
 #define FERN_PARAMETERS_12 FERN_PARAMETERS_11, Word a11
+#define FERN_PARAMETERS_13 FERN_PARAMETERS_12, Word a12
+#define FERN_PARAMETERS_14 FERN_PARAMETERS_13, Word a13
 
 #define FERN_ARGUMENTS_0
 #define FERN_ARGUMENTS_1 a0
@@ -34,6 +35,8 @@
 #define FERN_ARGUMENTS_10 FERN_ARGUMENTS_9, a9
 #define FERN_ARGUMENTS_11 FERN_ARGUMENTS_10, a10
 #define FERN_ARGUMENTS_12 FERN_ARGUMENTS_11, a11
+#define FERN_ARGUMENTS_13 FERN_ARGUMENTS_12, a12
+#define FERN_ARGUMENTS_14 FERN_ARGUMENTS_13, a13
 
 namespace fern::mpi {
 
@@ -44,32 +47,50 @@ namespace {
 constexpr int NoMpi = 16;
 
 enum class Call : unsigned {
-#define FERN_MPI(name, argumentCount, category, payload) name,
-#define FERN_MPI_SPECIAL(name, argumentCount) name,
+#define FERN_MPI(Name, name, words, fortranWords, category, payload) Name,
+#define FERN_MPI_C(Name, words) Name,
+#define FERN_MPI_SPECIAL(Name, name, words, fortranWords) Name,
 #include "mpi/mpicalls.def"
     Count
 };
 
-constexpr const char *Names[] = {
-#define FERN_MPI(name, argumentCount, category, payload) "PMPI_" #name,
-#define FERN_MPI_SPECIAL(name, argumentCount) "PMPI_" #name,
+// The profiling entries. Their second letters begin the names that programs call.
+constexpr const char *Names[static_cast<unsigned>(Call::Count)][static_cast<unsigned>(Binding::Count)] = {
+#define FERN_MPI(Name, name, words, fortranWords, category, payload)                                         \
+    {"PMPI_" #Name, "pmpi_" #name "_", "pmpi_" #name "_f08_"},
+#define FERN_MPI_C(Name, words) {"PMPI_" #Name, nullptr, nullptr},
+#define FERN_MPI_SPECIAL(Name, name, words, fortranWords)                                                    \
+    {"PMPI_" #Name, "pmpi_" #name "_", "pmpi_" #name "_f08_"},
 #include "mpi/mpicalls.def"
 };
 
-#define FERN_MPI(name, argumentCount, category, payload)                                                     \
-    using name##Type = int(FERN_PARAMETERS_##argumentCount);
-#define FERN_MPI_SPECIAL(name, argumentCount) using name##Type = int(FERN_PARAMETERS_##argumentCount);
+// Results travel as words, too: a C program looks at its lower half only, Fortran's subroutines at nothing.
+#define FERN_MPI(Name, name, words, fortranWords, category, payload)                                         \
+    using Name##Type = Word(FERN_PARAMETERS_##words);                                                        \
+    using Name##FortranType = Word(FERN_PARAMETERS_##fortranWords);
+#define FERN_MPI_C(Name, words) using Name##Type = Word(FERN_PARAMETERS_##words);
+#define FERN_MPI_SPECIAL(Name, name, words, fortranWords)                                                    \
+    using Name##Type = Word(FERN_PARAMETERS_##words);                                                        \
+    using Name##FortranType = Word(FERN_PARAMETERS_##fortranWords);
 #include "mpi/mpicalls.def"
 
-std::atomic<Function> functions[static_cast<unsigned>(Call::Count)];
+std::atomic<Function> functions[static_cast<unsigned>(Call::Count)][static_cast<unsigned>(Binding::Count)];
 
-template <typename Type> Type *real(Call call, const void *caller)
+// MPICH has no profiling entries for mpi_f08: there the next function of the call's own name is taken.
+Function findCall(Call call, Binding binding, const void *caller)
 {
-    const auto index = static_cast<unsigned>(call);
-    Function function = functions[index].load(std::memory_order_relaxed);
+    const char *name = Names[static_cast<unsigned>(call)][static_cast<unsigned>(binding)];
+    Function function = find(name, caller);
+    return function == nullptr && binding == Binding::Fortran2008 ? find(name + 1, caller) : function;
+}
+
+template <typename Type> Type *real(Call call, Binding binding, const void *caller)
+{
+    std::atomic<Function> &known = functions[static_cast<unsigned>(call)][static_cast<unsigned>(binding)];
+    Function function = known.load(std::memory_order_relaxed);
     if (__builtin_expect(function == nullptr, false)) {
-        function = find(Names[index], caller);
-        functions[index].store(function, std::memory_order_relaxed);
+        function = findCall(call, binding, caller);
+        known.store(function, std::memory_order_relaxed);
     }
     return reinterpret_cast<Type *>(function);
 }
@@ -96,71 +117,81 @@ void noteInitialised()
     processState.flags.fetch_or(spool::FlagMpi, std::memory_order_relaxed);
 }
 
+void noteFinalized()
+{
+    processState.flags.fetch_or(spool::FlagMpiFinalized, std::memory_order_relaxed);
+}
+
+// Fortran's results come by address, which mpi_f08 allows to be absent.
+bool isSuccess(Word address)
+{
+    const int *result = reinterpret_cast<const int *>(address);
+    return result == nullptr || *result == 0;
+}
+
 } // namespace
 } // namespace fern::mpi
 
-#define FERN_MPI_WRAPPER(name, argumentCount)                                                                \
-    extern "C" __attribute__((visibility("default"))) int MPI_##name(FERN_PARAMETERS_##argumentCount)
-
-// The real function, or the end of the wrapper.
-#define FERN_MPI_REAL(name)                                                                                  \
-    auto *function                                                                                           \
-        = fern::mpi::real<fern::mpi::name##Type>(fern::mpi::Call::name, __builtin_return_address(0));        \
-    if (function == nullptr)                                                                                 \
-    return fern::mpi::NoMpi
-
 using fern::CategoryScope;
 using fern::Slot;
+using fern::mpi::Binding;
 using fern::mpi::Word;
 using namespace fern::mpi::payload;
 
-#define FERN_MPI(name, argumentCount, kind, payload)                                                         \
-    FERN_MPI_WRAPPER(name, argumentCount)                                                                    \
+#define FERN_MPI_ENTRY(symbol, words)                                                                        \
+    extern "C" __attribute__((visibility("default"))) Word symbol(FERN_PARAMETERS_##words)
+
+// The real function, or the end of the wrapper.
+#define FERN_MPI_REAL(Name, type, binding)                                                                   \
+    auto *function = fern::mpi::real<fern::mpi::Name##type>(                                                 \
+        fern::mpi::Call::Name, Binding::binding, __builtin_return_address(0));                               \
+    if (function == nullptr)                                                                                 \
+    return fern::mpi::NoMpi
+
+#define FERN_MPI_WRAPPER(Name, symbol, type, binding, words, kind, payload)                                  \
+    FERN_MPI_ENTRY(symbol, words)                                                                            \
     {                                                                                                        \
-        FERN_MPI_REAL(name);                                                                                 \
+        FERN_MPI_REAL(Name, type, binding);                                                                  \
         const CategoryScope scope(fern::spool::kind);                                                        \
         if (Slot *slot = scope.outermost()) {                                                                \
-            const Word words[] = {FERN_ARGUMENTS_##argumentCount};                                           \
-            fern::mpi::countPayload(*slot, fern::spool::kind, payload(words));                               \
+            const Word arguments[words + 1] = {FERN_ARGUMENTS_##words};                                      \
+            fern::mpi::countPayload(                                                                         \
+                *slot, fern::spool::kind, payload(fern::mpi::Arguments(arguments, Binding::binding)));       \
         }                                                                                                    \
-        return function(FERN_ARGUMENTS_##argumentCount);                                                     \
+        return function(FERN_ARGUMENTS_##words);                                                             \
     }
+
+#define FERN_MPI(Name, name, words, fortranWords, kind, payload)                                             \
+    FERN_MPI_WRAPPER(Name, MPI_##Name, Type, C, words, kind, payload)                                        \
+    FERN_MPI_WRAPPER(Name, mpi_##name##_, FortranType, Fortran, fortranWords, kind, payload)                 \
+    FERN_MPI_WRAPPER(Name, mpi_##name##_f08_, FortranType, Fortran2008, fortranWords, kind, payload)
+#define FERN_MPI_C(Name, words) FERN_MPI_WRAPPER(Name, MPI_##Name, Type, C, words, MpiOther, none)
 #include "mpi/mpicalls.def"
 
-FERN_MPI_WRAPPER(Init, 2)
-{
-    FERN_MPI_REAL(Init);
-    const CategoryScope scope(fern::spool::MpiOther);
-    const int result = function(a0, a1);
-    if (result == 0)
-        fern::mpi::noteInitialised();
-    return result;
-}
+// Before and after are what happens around the real function, which gives `result`.
+#define FERN_MPI_AROUND(Name, symbol, type, binding, words, before, after)                                   \
+    FERN_MPI_ENTRY(symbol, words)                                                                            \
+    {                                                                                                        \
+        FERN_MPI_REAL(Name, type, binding);                                                                  \
+        const CategoryScope scope(fern::spool::MpiOther);                                                    \
+        before;                                                                                              \
+        [[maybe_unused]] const Word result = function(FERN_ARGUMENTS_##words);                               \
+        after;                                                                                               \
+        return result;                                                                                       \
+    }
+#define FERN_MPI_AFTER(Name, name, words, fortranWords, error, action)                                       \
+    FERN_MPI_AROUND(Name, MPI_##Name, Type, C, words, , if (static_cast<int>(result) == 0) action)           \
+    FERN_MPI_AROUND(                                                                                         \
+        Name, mpi_##name##_, FortranType, Fortran, fortranWords, , if (fern::mpi::isSuccess(error)) action)  \
+    FERN_MPI_AROUND(Name, mpi_##name##_f08_, FortranType, Fortran2008, fortranWords, ,                       \
+        if (fern::mpi::isSuccess(error)) action)
 
-FERN_MPI_WRAPPER(Init_thread, 4)
-{
-    FERN_MPI_REAL(Init_thread);
-    const CategoryScope scope(fern::spool::MpiOther);
-    const int result = function(a0, a1, a2, a3);
-    if (result == 0)
-        fern::mpi::noteInitialised();
-    return result;
-}
+FERN_MPI_AFTER(Init, init, 2, 1, a0, fern::mpi::noteInitialised())
+FERN_MPI_AFTER(Init_thread, init_thread, 4, 3, a2, fern::mpi::noteInitialised())
+FERN_MPI_AFTER(Finalize, finalize, 0, 1, a0, fern::mpi::noteFinalized())
 
-FERN_MPI_WRAPPER(Finalize, 0)
-{
-    FERN_MPI_REAL(Finalize);
-    const CategoryScope scope(fern::spool::MpiOther);
-    const int result = function();
-    if (result == 0)
-        fern::processState.flags.fetch_or(fern::spool::FlagMpiFinalized, std::memory_order_relaxed);
-    return result;
-}
-
-FERN_MPI_WRAPPER(Type_free, 1)
-{
-    FERN_MPI_REAL(Type_free);
-    const CategoryScope scope(fern::spool::MpiOther);
-    fern::mpi::forgetTypeAt(a0);
-    return function(a0);
-}
+#define FERN_FORGET_FORTRAN_TYPE                                                                             \
+    fern::mpi::forgetType(fern::mpi::typeFromFortran(*reinterpret_cast<const int *>(a0)))
+FERN_MPI_AROUND(Type_free, MPI_Type_free, Type, C, 1, fern::mpi::forgetType(fern::mpi::handleAt(a0, 0)), )
+FERN_MPI_AROUND(Type_free, mpi_type_free_, FortranType, Fortran, 2, FERN_FORGET_FORTRAN_TYPE, )
+FERN_MPI_AROUND(Type_free, mpi_type_free_f08_, FortranType, Fortran2008, 2, FERN_FORGET_FORTRAN_TYPE, )

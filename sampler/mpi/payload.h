@@ -6,139 +6,195 @@
 // the library doesn't count. A side that MPI doesn't look at (of MPI_IN_PLACE, of those who aren't the
 // root) isn't looked at here either.
 
-#include "mpi/mpilibrary.h"
+#include "mpi/arguments.h"
 
 namespace fern::mpi::payload {
-
-using Words = const Word *;
-
-inline std::uint64_t count(Word word)
-{
-    const int number = static_cast<int>(word);
-    return number > 0 ? static_cast<std::uint64_t>(number) : 0;
-}
 
 inline std::uint64_t bytes(std::uint64_t count, Word type)
 {
     return count != 0 ? count * sizeOfType(type) : 0;
 }
 
-// The sum of an array of counts; `word` is its address.
-inline std::uint64_t sumOfCounts(Word word, int size)
+// The sum of an array of counts.
+inline std::uint64_t sumOfCounts(const Arguments &a, int counts, int size)
 {
-    const int *counts = reinterpret_cast<const int *>(word);
     std::uint64_t sum = 0;
-    for (int i = 0; counts != nullptr && i < size; ++i)
-        sum += count(counts[i]);
+    for (int i = 0; i < size; ++i)
+        sum += a.countAt(counts, i);
     return sum;
 }
 
-// That of the counts for all peers.
-inline std::uint64_t peerCounts(Word word, Word communicator)
+// Counts of one type for each of many.
+inline std::uint64_t sumOfBytes(const Arguments &a, int counts, int type, int size)
 {
-    return sumOfCounts(word, peersIn(communicator));
+    const std::uint64_t sum = sumOfCounts(a, counts, size);
+    return sum != 0 ? bytes(sum, a.type(type)) : 0;
 }
 
-inline bool isRoot(Word root, Word communicator)
+// Counts and types for each of many.
+inline std::uint64_t sumOfTypes(const Arguments &a, int counts, int types, int size)
 {
-    return static_cast<int>(root) == rankIn(communicator);
+    std::uint64_t sum = 0;
+    for (int i = 0; i < size; ++i) {
+        if (const std::uint64_t count = a.countAt(counts, i))
+            sum += bytes(count, a.typeAt(types, i));
+    }
+    return sum;
 }
 
-inline std::uint64_t peers(Word communicator)
+inline bool isRoot(const Arguments &a, int root, int communicator)
 {
-    return static_cast<std::uint64_t>(peersIn(communicator));
+    return a.number(root) == rankIn(a.communicator(communicator));
 }
 
-inline std::uint64_t none(Words)
+inline int peerNumber(const Arguments &a, int communicator)
+{
+    return peersIn(a.communicator(communicator));
+}
+
+inline std::uint64_t peers(const Arguments &a, int communicator)
+{
+    return static_cast<std::uint64_t>(peerNumber(a, communicator));
+}
+
+inline std::uint64_t none(const Arguments &)
 {
     return 0;
 }
 
-template <int Count, int Type> std::uint64_t one(Words w)
+template <int Count, int Type> std::uint64_t one(const Arguments &a)
 {
-    return bytes(count(w[Count]), w[Type]);
+    const std::uint64_t count = a.count(Count);
+    return count != 0 ? bytes(count, a.type(Type)) : 0;
 }
 
-template <int Count, int Type> std::uint64_t twice(Words w)
+template <int Count, int Type> std::uint64_t twice(const Arguments &a)
 {
-    return 2 * one<Count, Type>(w);
+    return 2 * one<Count, Type>(a);
 }
 
-template <int SendCount, int SendType, int ReceiveCount, int ReceiveType> std::uint64_t two(Words w)
+template <int SendCount, int SendType, int ReceiveCount, int ReceiveType>
+std::uint64_t two(const Arguments &a)
 {
-    return one<SendCount, SendType>(w) + one<ReceiveCount, ReceiveType>(w);
+    return one<SendCount, SendType>(a) + one<ReceiveCount, ReceiveType>(a);
 }
 
-template <int Count, int Type, int Root, int Communicator> std::uint64_t reduce(Words w)
+// So many values of a type.
+template <int Number, int Type> std::uint64_t values(const Arguments &a)
 {
-    return (isRoot(w[Root], w[Communicator]) ? 2 : 1) * one<Count, Type>(w);
+    return bytes(Number, a.type(Type));
+}
+
+template <int Count, int Type, int Root, int Communicator> std::uint64_t reduce(const Arguments &a)
+{
+    return (isRoot(a, Root, Communicator) ? 2 : 1) * one<Count, Type>(a);
 }
 
 // send buffer, receive buffer, receive counts, type, operation, communicator
-inline std::uint64_t reduceScatter(Words w)
+inline std::uint64_t reduceScatter(const Arguments &a)
 {
-    const int rank = rankIn(w[5]);
+    const Word communicator = a.communicator(5);
+    const int rank = rankIn(communicator);
     if (rank < 0)
         return 0;
-    const std::uint64_t own = count(reinterpret_cast<const int *>(w[2])[rank]);
-    return bytes(sumOfCounts(w[2], sizeOf(w[5])) + own, w[3]);
+    return bytes(sumOfCounts(a, 2, sizeOf(communicator)) + a.countAt(2, rank), a.type(3));
 }
 
-inline std::uint64_t reduceScatterBlock(Words w)
+inline std::uint64_t reduceScatterBlock(const Arguments &a)
 {
-    return bytes(count(w[2]) * (peers(w[5]) + 1), w[3]);
+    return (peers(a, 5) + 1) * one<2, 3>(a);
 }
 
 // send buffer, count, type, receive buffer, count, type, root, communicator
-inline std::uint64_t gather(Words w)
+inline std::uint64_t gather(const Arguments &a)
 {
-    const std::uint64_t sent = isInPlace(w[0]) ? 0 : one<1, 2>(w);
-    return sent + (isRoot(w[6], w[7]) ? peers(w[7]) * one<4, 5>(w) : 0);
+    const std::uint64_t sent = a.isInPlace(0) ? 0 : one<1, 2>(a);
+    return sent + (isRoot(a, 6, 7) ? peers(a, 7) * one<4, 5>(a) : 0);
 }
 
 // send buffer, count, type, receive buffer, counts, displacements, type, root, communicator
-inline std::uint64_t gatherv(Words w)
+inline std::uint64_t gatherv(const Arguments &a)
 {
-    const std::uint64_t sent = isInPlace(w[0]) ? 0 : one<1, 2>(w);
-    return sent + (isRoot(w[7], w[8]) ? bytes(peerCounts(w[4], w[8]), w[6]) : 0);
+    const std::uint64_t sent = a.isInPlace(0) ? 0 : one<1, 2>(a);
+    return sent + (isRoot(a, 7, 8) ? sumOfBytes(a, 4, 6, peerNumber(a, 8)) : 0);
 }
 
-inline std::uint64_t scatter(Words w)
+inline std::uint64_t scatter(const Arguments &a)
 {
-    const std::uint64_t received = isInPlace(w[3]) ? 0 : one<4, 5>(w);
-    return received + (isRoot(w[6], w[7]) ? peers(w[7]) * one<1, 2>(w) : 0);
+    const std::uint64_t received = a.isInPlace(3) ? 0 : one<4, 5>(a);
+    return received + (isRoot(a, 6, 7) ? peers(a, 7) * one<1, 2>(a) : 0);
 }
 
 // send buffer, counts, displacements, type, receive buffer, count, type, root, communicator
-inline std::uint64_t scatterv(Words w)
+inline std::uint64_t scatterv(const Arguments &a)
 {
-    const std::uint64_t received = isInPlace(w[4]) ? 0 : one<5, 6>(w);
-    return received + (isRoot(w[7], w[8]) ? bytes(peerCounts(w[1], w[8]), w[3]) : 0);
+    const std::uint64_t received = a.isInPlace(4) ? 0 : one<5, 6>(a);
+    return received + (isRoot(a, 7, 8) ? sumOfBytes(a, 1, 3, peerNumber(a, 8)) : 0);
 }
 
 // send buffer, count, type, receive buffer, count, type, communicator
-inline std::uint64_t allgather(Words w)
+inline std::uint64_t allgather(const Arguments &a)
 {
-    return (isInPlace(w[0]) ? 0 : one<1, 2>(w)) + peers(w[6]) * one<4, 5>(w);
+    return (a.isInPlace(0) ? 0 : one<1, 2>(a)) + peers(a, 6) * one<4, 5>(a);
 }
 
 // send buffer, count, type, receive buffer, counts, displacements, type, communicator
-inline std::uint64_t allgatherv(Words w)
+inline std::uint64_t allgatherv(const Arguments &a)
 {
-    return (isInPlace(w[0]) ? 0 : one<1, 2>(w)) + bytes(peerCounts(w[4], w[7]), w[6]);
+    return (a.isInPlace(0) ? 0 : one<1, 2>(a)) + sumOfBytes(a, 4, 6, peerNumber(a, 7));
 }
 
-inline std::uint64_t alltoall(Words w)
+inline std::uint64_t alltoall(const Arguments &a)
 {
-    const std::uint64_t received = one<4, 5>(w);
-    return peers(w[6]) * (received + (isInPlace(w[0]) ? received : one<1, 2>(w)));
+    const std::uint64_t received = one<4, 5>(a);
+    return peers(a, 6) * (received + (a.isInPlace(0) ? received : one<1, 2>(a)));
 }
 
 // send buffer, counts, displacements, type, receive buffer, counts, displacements, type, communicator
-inline std::uint64_t alltoallv(Words w)
+inline std::uint64_t alltoallv(const Arguments &a)
 {
-    const std::uint64_t received = bytes(peerCounts(w[5], w[8]), w[7]);
-    return received + (isInPlace(w[0]) ? received : bytes(peerCounts(w[1], w[8]), w[3]));
+    const int size = peerNumber(a, 8);
+    const std::uint64_t received = sumOfBytes(a, 5, 7, size);
+    return received + (a.isInPlace(0) ? received : sumOfBytes(a, 1, 3, size));
+}
+
+// As above, with an array of types on either side.
+inline std::uint64_t alltoallw(const Arguments &a)
+{
+    const int size = peerNumber(a, 8);
+    const std::uint64_t received = sumOfTypes(a, 5, 7, size);
+    return received + (a.isInPlace(0) ? received : sumOfTypes(a, 1, 3, size));
+}
+
+// Those of neighbours have the arguments of those of all, and know no MPI_IN_PLACE.
+inline std::uint64_t neighborAllgather(const Arguments &a)
+{
+    const Neighbours near = neighboursIn(a.communicator(6));
+    return one<1, 2>(a) + static_cast<std::uint64_t>(near.sources) * one<4, 5>(a);
+}
+
+inline std::uint64_t neighborAllgatherv(const Arguments &a)
+{
+    return one<1, 2>(a) + sumOfBytes(a, 4, 6, neighboursIn(a.communicator(7)).sources);
+}
+
+inline std::uint64_t neighborAlltoall(const Arguments &a)
+{
+    const Neighbours near = neighboursIn(a.communicator(6));
+    return static_cast<std::uint64_t>(near.destinations) * one<1, 2>(a)
+        + static_cast<std::uint64_t>(near.sources) * one<4, 5>(a);
+}
+
+inline std::uint64_t neighborAlltoallv(const Arguments &a)
+{
+    const Neighbours near = neighboursIn(a.communicator(8));
+    return sumOfBytes(a, 1, 3, near.destinations) + sumOfBytes(a, 5, 7, near.sources);
+}
+
+inline std::uint64_t neighborAlltoallw(const Arguments &a)
+{
+    const Neighbours near = neighboursIn(a.communicator(8));
+    return sumOfTypes(a, 1, 3, near.destinations) + sumOfTypes(a, 5, 7, near.sources);
 }
 
 } // namespace fern::mpi::payload

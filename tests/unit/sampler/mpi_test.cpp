@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <sstream>
+#include <tuple>
 #include <unistd.h>
 
 namespace {
@@ -21,7 +24,21 @@ void PrintTo(const Flavour &flavour, std::ostream *stream)
     *stream << flavour.name;
 }
 
+const Flavour OpenMpi{"openmpi", {"mpirun.openmpi", "--oversubscribe"}};
+const Flavour Mpich{"mpich", {"mpiexec.mpich"}};
+
 class Mpi : public testing::TestWithParam<Flavour> { };
+
+// An implementation, and one of its bindings.
+class MpiFortran : public testing::TestWithParam<std::tuple<Flavour, const char *>> {
+protected:
+    static Flavour flavour() { return std::get<0>(GetParam()); }
+    static std::string program()
+    {
+        return client(std::string("mpifortran-") + std::get<1>(GetParam()) + "-" + flavour().name);
+    }
+    static bool isThere() { return access(program().c_str(), X_OK) == 0; }
+};
 
 const SpoolFile *spoolOfRank(int rank, const std::vector<SpoolFile> &spools)
 {
@@ -30,6 +47,16 @@ const SpoolFile *spoolOfRank(int rank, const std::vector<SpoolFile> &spools)
             return &spool;
     }
     return nullptr;
+}
+
+Outcome runTwoRanks(const Flavour &flavour, const Command &program, Environment environment)
+{
+    Command command = flavour.launcher;
+    command.insert(command.end(), {"-n", "2"});
+    command.insert(command.end(), program.begin(), program.end());
+    environment["OMPI_ALLOW_RUN_AS_ROOT"] = "1";
+    environment["OMPI_ALLOW_RUN_AS_ROOT_CONFIRM"] = "1";
+    return run(command, environment);
 }
 
 // A run of two ranks of a program.
@@ -41,27 +68,32 @@ struct TwoRanks {
 
     TwoRanks(const Flavour &flavour, const Command &program)
     {
-        Command command = flavour.launcher;
-        command.insert(command.end(), {"-n", "2"});
-        command.insert(command.end(), program.begin(), program.end());
-        Environment environment = samplingInto(folder.path());
-        environment["OMPI_ALLOW_RUN_AS_ROOT"] = "1";
-        environment["OMPI_ALLOW_RUN_AS_ROOT_CONFIRM"] = "1";
-        outcome = run(command, environment);
+        outcome = runTwoRanks(flavour, program, samplingInto(folder.path()));
         EXPECT_EQ(outcome.status, 0) << outcome;
         measured = numbersIn(outcome.output);
         spools = spoolsIn(folder.path());
     }
     // What a rank printed.
-    double of(int rank, const std::string &name)
+    double of(int rank, const std::string &name) const
     {
-        return measured["rank" + std::to_string(rank) + "." + name];
+        const auto found = measured.find("rank" + std::to_string(rank) + "." + name);
+        return found != measured.end() ? found->second : 0.0;
     }
 };
 
-void checkShares(const Flavour &flavour, const Command &program)
+std::vector<std::string> sortedLines(const std::string &text)
 {
-    TwoRanks ranks(flavour, program);
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    std::string line;
+    while (std::getline(stream, line))
+        lines.push_back(line);
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
+void checkShares(const TwoRanks &ranks)
+{
     for (int rank = 0; rank < 2; ++rank) {
         const SpoolFile *spool = spoolOfRank(rank, ranks.spools);
         ASSERT_NE(spool, nullptr) << "rank " << rank;
@@ -86,6 +118,20 @@ void checkShares(const Flavour &flavour, const Command &program)
         EXPECT_NE(spool.has(spool::FlagMpi), spool.has(spool::FlagLauncher)) << spool.program();
 }
 
+// Against what the ranks printed by these names.
+void checkBytes(const TwoRanks &ranks, const char *pointToPoint, const char *collective)
+{
+    for (int rank = 0; rank < 2; ++rank) {
+        const SpoolFile *spool = spoolOfRank(rank, ranks.spools);
+        ASSERT_NE(spool, nullptr) << "rank " << rank;
+        const spool::Bin total = spool->total();
+        EXPECT_GT(ranks.of(rank, pointToPoint), 0.0);
+        EXPECT_GT(ranks.of(rank, collective), 0.0);
+        EXPECT_NEAR(total.figures[spool::FigureMpiPointToPointBytes].sum, ranks.of(rank, pointToPoint), 0.01);
+        EXPECT_NEAR(total.figures[spool::FigureMpiCollectiveBytes].sum, ranks.of(rank, collective), 0.01);
+    }
+}
+
 } // namespace
 
 TEST_P(Mpi, WaitsOfTwoRanks)
@@ -93,7 +139,7 @@ TEST_P(Mpi, WaitsOfTwoRanks)
     const std::string program = client(std::string("mpishares-") + GetParam().name);
     if (access(program.c_str(), X_OK) != 0)
         GTEST_SKIP() << "Requires " << GetParam().name;
-    checkShares(GetParam(), {program, "0.8", "0.8"});
+    checkShares(TwoRanks(GetParam(), {program, "0.8", "0.8"}));
 }
 
 TEST_P(Mpi, WaitsInAModuleThatIsLoadedForItselfAlone)
@@ -101,7 +147,7 @@ TEST_P(Mpi, WaitsInAModuleThatIsLoadedForItselfAlone)
     const std::string module = std::string(CLIENTS_DIR) + "/mpishares-" + GetParam().name + ".so";
     if (access(module.c_str(), R_OK) != 0)
         GTEST_SKIP() << "Requires " << GetParam().name;
-    checkShares(GetParam(), {client("loader"), module, "0.8", "0.8"});
+    checkShares(TwoRanks(GetParam(), {client("loader"), module, "0.8", "0.8"}));
 }
 
 TEST_P(Mpi, BytesSentAndReceived)
@@ -109,20 +155,39 @@ TEST_P(Mpi, BytesSentAndReceived)
     const std::string program = client(std::string("mpibytes-") + GetParam().name);
     if (access(program.c_str(), X_OK) != 0)
         GTEST_SKIP() << "Requires " << GetParam().name;
-    TwoRanks ranks(GetParam(), {program});
-    for (int rank = 0; rank < 2; ++rank) {
-        const SpoolFile *spool = spoolOfRank(rank, ranks.spools);
-        ASSERT_NE(spool, nullptr) << "rank " << rank;
-        const spool::Bin total = spool->total();
-        EXPECT_GT(ranks.of(rank, "pointToPoint"), 0.0);
-        EXPECT_GT(ranks.of(rank, "collective"), 0.0);
-        EXPECT_NEAR(
-            total.figures[spool::FigureMpiPointToPointBytes].sum, ranks.of(rank, "pointToPoint"), 0.01);
-        EXPECT_NEAR(total.figures[spool::FigureMpiCollectiveBytes].sum, ranks.of(rank, "collective"), 0.01);
-    }
+    checkBytes(TwoRanks(GetParam(), {program}), "pointToPoint", "collective");
 }
 
-INSTANTIATE_TEST_SUITE_P(Sampler, Mpi,
-    testing::Values(
-        Flavour{"openmpi", {"mpirun.openmpi", "--oversubscribe"}}, Flavour{"mpich", {"mpiexec.mpich"}}),
+INSTANTIATE_TEST_SUITE_P(Sampler, Mpi, testing::Values(OpenMpi, Mpich),
     [](const testing::TestParamInfo<Flavour> &row) { return std::string(row.param.name); });
+
+TEST_P(MpiFortran, ConstantsThatOnlyFortranHasMeanTheSame)
+{
+    if (!isThere())
+        GTEST_SKIP() << "Requires a Fortran compiler of " << flavour().name;
+    const Folder folder;
+    const Command command{program(), "results"};
+    const Outcome alone = runTwoRanks(flavour(), command, {});
+    const Outcome sampled = runTwoRanks(flavour(), command, samplingInto(folder.path()));
+    EXPECT_EQ(alone.status, 0) << alone;
+    EXPECT_EQ(sampled.status, 0) << sampled;
+    // The launcher mixes the lines of two ranks as they come.
+    EXPECT_EQ(sortedLines(sampled.output), sortedLines(alone.output));
+    EXPECT_EQ(sampled.errors, alone.errors);
+    EXPECT_EQ(sortedLines(alone.output).size(), 23U) << alone;
+}
+
+TEST_P(MpiFortran, WaitsAndBytesOfTwoRanks)
+{
+    if (!isThere())
+        GTEST_SKIP() << "Requires a Fortran compiler of " << flavour().name;
+    const TwoRanks ranks(flavour(), {program(), "shares"});
+    checkShares(ranks);
+    checkBytes(ranks, "bytesPointToPoint", "bytesCollective");
+}
+
+INSTANTIATE_TEST_SUITE_P(Sampler, MpiFortran,
+    testing::Combine(testing::Values(OpenMpi, Mpich), testing::Values("mpif", "use", "f08")),
+    [](const testing::TestParamInfo<MpiFortran::ParamType> &row) {
+        return std::string(std::get<0>(row.param).name) + "_" + std::get<1>(row.param);
+    });

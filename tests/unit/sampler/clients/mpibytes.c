@@ -109,6 +109,54 @@ static void scattersAndExchanges(void)
     const int same[2] = {79, 79};
     MPI_Alltoallv(mine, same, places, MPI_DOUBLE, theirs, same, places, MPI_DOUBLE, World);
     collective += 2 * 2 * 79 * 8;
+    const int bytePlaces[2] = {0, 1000};
+    const MPI_Datatype types[2] = {MPI_DOUBLE, MPI_INT};
+    const MPI_Datatype mineFromAll[2] = {types[rank], types[rank]};
+    MPI_Alltoallw(mine, same, bytePlaces, types, theirs, same, bytePlaces, mineFromAll, World);
+    collective += 79 * (8 + 4) + 2 * 79 * (rank == 0 ? 8 : 4);
+}
+
+/* In a ring of two each is the other's neighbour on both sides; in the graph rank 0 sends to rank 1 alone. */
+static void neighbours(void)
+{
+    const int size = 2;
+    const int isRing = 1;
+    const int counts[2] = {83, 89};
+    const int places[2] = {0, 100};
+    MPI_Comm ring;
+    MPI_Comm line;
+    MPI_Cart_create(World, 1, &size, &isRing, 0, &ring);
+    MPI_Neighbor_allgather(mine, 97, MPI_DOUBLE, theirs, 97, MPI_DOUBLE, ring);
+    collective += 97 * 8 + 2 * 97 * 8;
+    MPI_Neighbor_alltoall(mine, 101, MPI_INT, theirs, 101, MPI_INT, ring);
+    collective += 2 * 101 * 4 + 2 * 101 * 4;
+    MPI_Neighbor_alltoallv(mine, counts, places, MPI_DOUBLE, theirs, (int[]){89, 83}, places, MPI_DOUBLE, ring);
+    collective += 2 * (83 + 89) * 8;
+    MPI_Dist_graph_create_adjacent(World, rank, (int[]){0}, MPI_UNWEIGHTED, 1 - rank, (int[]){1}, MPI_UNWEIGHTED,
+        MPI_INFO_NULL, 0, &line);
+    MPI_Neighbor_alltoall(mine, 103, MPI_DOUBLE, theirs, 103, MPI_DOUBLE, line);
+    collective += 103 * 8;
+    MPI_Comm_free(&line);
+    MPI_Comm_free(&ring);
+}
+
+static void oneSided(void)
+{
+    const int one = 1;
+    int before = 0;
+    MPI_Win window;
+    MPI_Win_create(theirs, sizeof theirs, sizeof theirs[0], MPI_INFO_NULL, World, &window);
+    MPI_Win_fence(0, window);
+    MPI_Put(mine, 107, MPI_DOUBLE, other, 0, 107, MPI_DOUBLE, window);
+    pointToPoint += 107 * 8;
+    MPI_Win_fence(0, window);
+    MPI_Get(mine, 109, MPI_INT, other, 0, 109, MPI_INT, window);
+    pointToPoint += 109 * 4;
+    MPI_Win_fence(0, window);
+    MPI_Fetch_and_op(&one, &before, MPI_INT, other, 0, MPI_SUM, window);
+    pointToPoint += 2 * 4;
+    MPI_Win_fence(0, window);
+    MPI_Win_free(&window);
 }
 
 int main(int count, char **arguments)
@@ -122,6 +170,8 @@ int main(int count, char **arguments)
     reductions();
     gathers();
     scattersAndExchanges();
+    neighbours();
+    oneSided();
     compute(0.1);
     for (int r = 0; r < 2; ++r) {
         if (r == rank) {
