@@ -15,7 +15,8 @@ public:
         FrontendApplicationProperties *properties);
     virtual ~ArgumentApplier();
 
-    // Takes over the command and its input file; offline the host is quiet. Tools add to it.
+    // Takes over the command, its input file and what is asked of the profile; offline the host is quiet.
+    // Tools add to it.
     virtual void apply();
 
 protected:
@@ -26,6 +27,8 @@ protected:
     KELPConfig &config() const { return *mConfig; }
 
 private:
+    void applyProfileOptions();
+
     const ArgParser &mParser;
     KELPConfig *const mConfig;
     const bool mOffline;

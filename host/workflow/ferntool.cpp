@@ -21,6 +21,8 @@ public:
     {
         ArgumentApplier::apply();
         config().setQuiet(!parser().isVerbose());
+        config().fernConfig().setSelectedRanks(
+            dynamic_cast<const FernArgParser &>(parser()).getSelectRanks().toString());
     }
 };
 

@@ -1,14 +1,19 @@
 #include "workflow/fernworkflow.h"
 
 #include "cli/argparser.h"
+#include "cli/rankset.h"
 #include "core/datetime.h"
 #include "profile/fernfile.h"
 #include "profile/spoolmerger.h"
+#include "workflow/jobenvironment.h"
 #include "workflow/joblauncher.h"
 #include "workflow/kelpconfig.h"
 #include "workflow/mainwindow.h"
+#include "workflow/manuallaunch.h"
+#include "workflow/namereservation.h"
 #include "workflow/offlinesupport.h"
 #include "workflow/outputfolder.h"
+#include "workflow/progressline.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -78,6 +83,7 @@ void FERNWorkflow::printSummary(bool ok, const QString &filename) const
 QString FERNWorkflow::generateDefaultFilename(
     const QString &base, const ProfilerData *data, const QString &extension)
 {
+    holdNamesIn(QFileInfo(base).path());
     const brivane::DateTime start(data->jobStartTime());
     const QString name
         = QStringLiteral("%1_%2p_%3n_%4t_%5")
@@ -95,8 +101,17 @@ void FERNWorkflow::run()
     Q_EMIT finished(exitStatus);
 }
 
+// Whoever is connected turns the profile into files meanwhile.
+void FERNWorkflow::explore(ProgressLine *progress)
+{
+    progress->show(tr("writing what was found out"));
+    Q_EMIT enteredExplorePhase();
+}
+
 int FERNWorkflow::loadAndExplore()
 {
+    ProgressLine progress(!mParser.isQuiet());
+    progress.show(tr("reading '%1'").arg(mParser.getAutoLoadFile()));
     QString error;
     if (!FernFile::read(mParser.getAutoLoadFile(), &mProfile, &error)
         || !isOutputWritable(mParser.getOutputFile(), &error)) {
@@ -107,20 +122,25 @@ int FERNWorkflow::loadAndExplore()
     facts.sourceFernFile
         = QFileInfo(facts.sourceFernFile).absoluteFilePath(); // reports name it in an address
     mProfile.setFacts(facts);
+    disableMetrics();
 
     bool ok = true;
     Q_EMIT loadAndCheckReportDefinitions(mProfile.getMetricDefinitions(), &ok);
     if (!ok)
         return ExitFailure;
-    Q_EMIT enteredExplorePhase();
+    explore(&progress);
     return ExitSuccess;
 }
 
 int FERNWorkflow::launchAndExplore()
 {
-    JobLauncher launcher(mConfig.getCommand(), mConfig.getInputFile());
+    JobLauncher launcher(mConfig);
     QString error;
-    ExitStatus prepared = launcher.prepare(&error);
+    ExitStatus prepared = ExitSuccess;
+    if (!mParser.isManualLaunch())
+        prepared = launcher.prepare(&error);
+    else if (!isSamplerThere(samplerPath(), &error))
+        prepared = ExitFailure;
     if (prepared == ExitSuccess && !isOutputWritable(mParser.getOutputFile(), &error))
         prepared = ExitFailure;
     const QScopedPointer<QTemporaryDir> workFolder(makeWorkFolder());
@@ -139,35 +159,99 @@ int FERNWorkflow::launchAndExplore()
     if (!ok)
         return ExitFailure;
 
-    verbose(tr("starting %1").arg(shellQuoted(mConfig.getCommand())));
     int exitStatus = ExitFailure;
-    if (!launcher.run(workFolder->path(), spoolFolder, &exitStatus, &error)) {
-        complain(error);
+    if (mParser.isManualLaunch())
+        exitStatus = waitForJob(workFolder->path(), spoolFolder);
+    else if (!runJob(&launcher, workFolder->path(), spoolFolder, &exitStatus))
         return exitStatus;
-    }
-    verbose(tr("the program ended with exit status %1").arg(exitStatus));
-    if (!collect(spoolFolder) || (mFernFileEnabled && !writeFernFile()))
+
+    ProgressLine progress(!mParser.isQuiet());
+    if (!collect(spoolFolder, &progress) || (mFernFileEnabled && !writeFernFile()))
         return ExitFailure;
-    Q_EMIT enteredExplorePhase();
+    explore(&progress);
     return exitStatus;
 }
 
+bool FERNWorkflow::runJob(
+    JobLauncher *launcher, const QString &workFolder, const QString &spoolFolder, int *exitStatus)
+{
+    verbose(tr("starting %1").arg(shellQuoted(mConfig.getCommand())));
+    if (launcher->forwarding() != Forwarding::Inherited)
+        verbose(tr("the sampler is handed to the job's processes in the way of %1")
+                    .arg(forwardingName(launcher->forwarding())));
+    QString error;
+    if (!launcher->run(workFolder, spoolFolder, exitStatus, &error)) {
+        complain(error);
+        return false;
+    }
+    verbose(tr("the program ended with exit status %1").arg(*exitStatus));
+    return true;
+}
+
+// Lets the user start the job; gives what to exit with.
+int FERNWorkflow::waitForJob(const QString &workFolder, const QString &spoolFolder)
+{
+    OfflineSupport::infoMsgNonBlock(MainWindow::getWindow(),
+        tr("start the job on this machine with the variables below in its environment; press Enter here when "
+           "it "
+           "has ended"));
+    const QByteArray sampler = preloadablePath(samplerPath(), workFolder);
+    return waitForManualJob(samplerVariables(sampler, spoolFolder, mConfig.fernConfig().getInterval()));
+}
+
 // Makes the job's profile from what its processes left behind.
-bool FERNWorkflow::collect(const QString &spoolFolder)
+bool FERNWorkflow::collect(const QString &spoolFolder, ProgressLine *progress)
 {
     QStringList remarks;
-    const bool ok = mergeSpools(spoolFolder, &mProfile, &remarks);
+    QStringList warnings;
+    MergeOptions options;
+    options.warnings = &warnings;
+    options.progress = [this, progress](int done, int all) {
+        progress->show(tr("merging the profiles of processes: %1 of %2").arg(done).arg(all));
+    };
+    const FERNConfig &fern = mConfig.fernConfig();
+    if (fern.getSamples() > 0)
+        options.maxSamples = fern.getSamples();
+    bool ok = true;
+    const RankSet ranks = RankSet::fromString(fern.getSelectedRanks(), &ok);
+    if (ok && !ranks.isEmpty())
+        options.isSelected = [&ranks](int rank) { return ranks.contains(rank); };
+
+    progress->show(tr("reading what the job's processes left"));
+    ok = mergeSpools(spoolFolder, &mProfile, &remarks, options);
     for (const QString &remark : remarks)
         verbose(remark);
     if (!ok) {
-        complain(tr("'%1' left no profile: it ended too soon, or is statically linked, or changed its user")
-                     .arg(QString::fromUtf8(mConfig.getCommand().first())));
+        complain(noProfile());
         return false;
     }
+    for (const QString &warning : warnings)
+        OfflineSupport::warningMsgNonBlock(MainWindow::getWindow(), warning);
     ProfileFacts facts = mProfile.facts();
-    facts.commandLine = shellQuoted(mConfig.getCommand());
+    facts.commandLine
+        = mParser.isManualLaunch() ? shellQuoted({facts.target.toUtf8()}) : shellQuoted(mConfig.getCommand());
     mProfile.setFacts(facts);
+    disableMetrics();
     return true;
+}
+
+QString FERNWorkflow::noProfile() const
+{
+    if (mParser.isManualLaunch())
+        return tr(
+            "no process has left a profile: was the job started with the variables in its environment?");
+    return tr("'%1' left no profile: it ended too soon, or is statically linked, or changed its user")
+        .arg(QString::fromUtf8(mConfig.getCommand().first()));
+}
+
+void FERNWorkflow::disableMetrics()
+{
+    for (const QString &id : mConfig.fernConfig().getDisabledMetrics()) {
+        MetricRecord record;
+        record.definition = MetricDefinitions::describe(id);
+        record.errors.append(tr("Disabled by the user."));
+        mProfile.setMetric(record);
+    }
 }
 
 bool FERNWorkflow::writeFernFile()

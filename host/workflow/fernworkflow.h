@@ -9,7 +9,9 @@
 #include <QString>
 
 class ArgParser;
+class JobLauncher;
 class KELPConfig;
+class ProgressLine;
 
 // The way from a command line to a finished profile: loads a .fern file, or runs the job under the sampler.
 //
@@ -35,7 +37,8 @@ public:
 
     // An automatic file name: "<base>_<processes>p_<nodes>n_<threads>t_<date>_<time>.<extension>", with the
     // start of the job to the minute. Where a file or a report of that name is there already, "_2", "_3"
-    // and so on stands before the extension.
+    // and so on stands before the extension. Other programs of ours don't give names in that folder until
+    // this one has ended.
     static QString generateDefaultFilename(
         const QString &base, const ProfilerData *data, const QString &extension);
 
@@ -55,7 +58,13 @@ public Q_SLOTS:
 private:
     int loadAndExplore();
     int launchAndExplore();
-    bool collect(const QString &spoolFolder);
+    void explore(ProgressLine *progress);
+    bool runJob(
+        JobLauncher *launcher, const QString &workFolder, const QString &spoolFolder, int *exitStatus);
+    int waitForJob(const QString &workFolder, const QString &spoolFolder);
+    bool collect(const QString &spoolFolder, ProgressLine *progress);
+    QString noProfile() const;
+    void disableMetrics();
     bool writeFernFile();
     QString fernFilename() const;
     void verbose(const QString &message) const;

@@ -1,14 +1,18 @@
 #include "workflow/frontend.h"
 
 #include "cli/argparser.h"
+#include "cli/fernandquillonreportcommonargs.h"
 #include "profile/metricdefinitions.h"
 #include "workflow/argumentapplier.h"
 #include "workflow/brivanetool.h"
+#include "workflow/configfile.h"
 #include "workflow/exitstatus.h"
 #include "workflow/fernmaingui.h"
 #include "workflow/frontendapplicationproperties.h"
 #include "workflow/kelpconfig.h"
 #include "workflow/mainwindow.h"
+#include "workflow/offlinesupport.h"
+#include "workflow/progressline.h"
 
 #include <QCoreApplication>
 #include <QScopedPointer>
@@ -22,6 +26,7 @@ namespace {
 void printMessage(QtMsgType, const QMessageLogContext &, const QString &message)
 {
     const QByteArray line = (message + QLatin1Char('\n')).toUtf8();
+    ProgressLine::giveWay();
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
     std::fflush(stderr);
 }
@@ -43,9 +48,58 @@ QString metricList()
     return text;
 }
 
+ExitStatus fail(const QString &message)
+{
+    OfflineSupport::criticalMsg(MainWindow::getWindow(), message);
+    return ExitFailure;
+}
+
+// Removes the configuration file, or makes a new one, or first the one and then the other.
+ExitStatus configure(const ArgParser &parser)
+{
+    QString error;
+    QString text;
+    bool removed = false;
+    if (parser.isCleanConfig()) {
+        if (!ConfigFile::remove(&removed, &error))
+            return fail(error);
+        text += (removed ? QStringLiteral("removed %1\n") : QStringLiteral("there is no %1\n"))
+                    .arg(ConfigFile::path());
+    }
+    if (parser.isAutomaticConfig()) {
+        QStringList found;
+        if (!ConfigFile::detect(&found, &error))
+            return fail(error);
+        for (const QString &line : found)
+            text += line + QLatin1Char('\n');
+        text += found.isEmpty() ? QStringLiteral("no launcher found in PATH\n")
+                                : QStringLiteral("wrote %1\n").arg(ConfigFile::path());
+    }
+    return printOut(text);
+}
+
+// The complaint about a metric that is named on the command line and that nobody knows; null if there is
+// none.
+QString unknownMetric(const ArgParser &parser)
+{
+    const auto *common = dynamic_cast<const FERNAndQuillonReportCommonArgs *>(&parser);
+    if (!common)
+        return QString();
+    for (const QString &id : common->getEnabledMetrics() + common->getDisabledMetrics()) {
+        if (!MetricDefinitions::known().getMetricById(id))
+            return QCoreApplication::translate(
+                "Frontend", "unknown metric '%1'; --list-metrics names all of them")
+                .arg(id);
+    }
+    return QString();
+}
+
 int runWorkflow(BrivaneTool &tool, const ArgParser &parser, FrontendApplicationProperties *properties)
 {
     KELPConfig config;
+    QString error;
+    if (!ConfigFile::read(&config, &error))
+        return fail(error);
     KELPConfig::setInstance(&config);
     MainWindow window;
     const QScopedPointer<FERNMainGUI> logic(tool.createLogic(window, &parser));
@@ -76,8 +130,9 @@ int runTool(BrivaneTool &tool, int argc, char **argv)
         args.append(QString::fromUtf8(argv[i]));
     }
     const QScopedPointer<ArgParser> parser(tool.createArgParserAndReadCommandLine(args, Platform::current()));
-    if (parser->hasError()) {
-        tool.printCmdLineArgError(parser->getError());
+    const QString complaint = parser->hasError() ? parser->getError() : unknownMetric(*parser);
+    if (!complaint.isNull()) {
+        tool.printCmdLineArgError(complaint);
         return ExitUsage;
     }
     if (parser->isHelp())
@@ -86,5 +141,7 @@ int runTool(BrivaneTool &tool, int argc, char **argv)
         return printOut(QStringLiteral("%1 %2\n").arg(tool.getFriendlyName(), sc_version()));
     if (parser->shouldListMetrics())
         return printOut(metricList());
+    if (parser->isCleanConfig() || parser->isAutomaticConfig())
+        return configure(*parser);
     return runWorkflow(tool, *parser, &properties);
 }

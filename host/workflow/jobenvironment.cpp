@@ -1,5 +1,6 @@
 #include "workflow/jobenvironment.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 
@@ -12,6 +13,9 @@
 namespace {
 
 const char SamplerName[] = "libfern-sampler.so";
+const char SpoolVariable[] = "QUILLON_SAMPLER_SPOOL";
+const char EpochVariable[] = "QUILLON_SAMPLER_EPOCH";
+const char IntervalVariable[] = "QUILLON_SAMPLER_INTERVAL";
 
 qint64 realTimeNs()
 {
@@ -44,6 +48,16 @@ QByteArray samplerPath()
     return QFile::encodeName(here.canonicalPath()) + '/' + SamplerName;
 }
 
+bool isSamplerThere(const QByteArray &sampler, QString *error)
+{
+    if (::access(sampler.constData(), R_OK) == 0)
+        return true;
+    *error = QCoreApplication::translate(
+        "JobLauncher", "the sampler '%1' is missing: the installation is damaged")
+                 .arg(QString::fromUtf8(sampler));
+    return false;
+}
+
 QByteArray preloadablePath(const QByteArray &sampler, const QString &workFolder)
 {
     if (isPreloadable(sampler))
@@ -52,20 +66,25 @@ QByteArray preloadablePath(const QByteArray &sampler, const QString &workFolder)
     return ::symlink(sampler.constData(), link.constData()) == 0 ? link : sampler;
 }
 
-QList<QByteArray> jobEnvironment(const QByteArray &sampler, const QString &spoolFolder)
+QList<QByteArray> plainEnvironment()
+{
+    QList<QByteArray> result;
+    for (char **entry = environ; *entry; ++entry) {
+        const QByteArray text(*entry);
+        if (!isAnyOf(text, {SpoolVariable, EpochVariable, IntervalVariable}))
+            result.append(text);
+    }
+    return result;
+}
+
+QList<Variable> samplerVariables(const QByteArray &sampler, const QString &spoolFolder, int intervalMs)
 {
     QByteArray preload = sampler;
     if (const QByteArray others = qgetenv("LD_PRELOAD"); !others.isEmpty())
         preload += ':' + others;
-
-    QList<QByteArray> result;
-    for (char **entry = environ; *entry; ++entry) {
-        const QByteArray text(*entry);
-        if (!isAnyOf(text, {"LD_PRELOAD", "QUILLON_SAMPLER_SPOOL", "QUILLON_SAMPLER_EPOCH"}))
-            result.append(text);
-    }
-    result.append("LD_PRELOAD=" + preload);
-    result.append("QUILLON_SAMPLER_SPOOL=" + QFile::encodeName(spoolFolder));
-    result.append("QUILLON_SAMPLER_EPOCH=" + QByteArray::number(realTimeNs()));
+    QList<Variable> result{{"LD_PRELOAD", preload}, {SpoolVariable, QFile::encodeName(spoolFolder)},
+        {EpochVariable, QByteArray::number(realTimeNs())}};
+    if (intervalMs > 0)
+        result.append({IntervalVariable, QByteArray::number(intervalMs)});
     return result;
 }

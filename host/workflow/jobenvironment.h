@@ -1,6 +1,8 @@
 #ifndef HOST_WORKFLOW_JOBENVIRONMENT_H
 #define HOST_WORKFLOW_JOBENVIRONMENT_H
 
+#include "workflow/launchforwarding.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -8,12 +10,19 @@
 // Where the sampler lies: beside the library or program that holds this code.
 QByteArray samplerPath();
 
+// Whether it is there; if not, `error` says so.
+bool isSamplerThere(const QByteArray &sampler, QString *error);
+
 // A path of the sampler that the dynamic linker takes. Blanks and colons part the names in LD_PRELOAD, so a
 // library in a folder with such a name gets a link in `workFolder`.
 QByteArray preloadablePath(const QByteArray &sampler, const QString &workFolder);
 
-// Our environment and what the sampler needs: itself in front of what is preloaded already, the folder for
-// the spools, and the point in time, now, that all processes of the job count from.
-QList<QByteArray> jobEnvironment(const QByteArray &sampler, const QString &spoolFolder);
+// Our environment, without what a sampler that watches us was told.
+QList<QByteArray> plainEnvironment();
+
+// What the sampler needs in the environment of the job: itself in front of what is preloaded already, the
+// folder for the spools, the point in time, now, that all processes of the job count from, and the interval
+// between the first samples in ms unless it is 0.
+QList<Variable> samplerVariables(const QByteArray &sampler, const QString &spoolFolder, int intervalMs);
 
 #endif

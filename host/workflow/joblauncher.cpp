@@ -1,6 +1,8 @@
 #include "workflow/joblauncher.h"
 
 #include "workflow/jobenvironment.h"
+#include "workflow/kelpconfig.h"
+#include "workflow/launcherrecognition.h"
 #include "workflow/programpath.h"
 #include "workflow/signalforwarding.h"
 
@@ -79,9 +81,8 @@ QByteArray shellQuoted(const QByteArray &word)
 
 } // namespace
 
-JobLauncher::JobLauncher(const QList<QByteArray> &command, const QString &inputFile)
-    : mCommand(command)
-    , mInputFile(inputFile)
+JobLauncher::JobLauncher(const KELPConfig &config)
+    : mConfig(config)
 {
 }
 
@@ -94,25 +95,24 @@ JobLauncher::~JobLauncher()
 ExitStatus JobLauncher::prepare(QString *error)
 {
     const QByteArray searchPath = qEnvironmentVariableIsSet("PATH") ? qgetenv("PATH") : "/bin:/usr/bin";
-    const ExitStatus found = findProgram(mCommand.first(), searchPath, &mProgram, error);
+    const ExitStatus found = findProgram(mConfig.getCommand().first(), searchPath, &mProgram, error);
     if (found != ExitSuccess)
         return found;
     if (!openInput(error))
         return ExitFailure;
     mSampler = samplerPath();
-    if (::access(mSampler.constData(), R_OK) != 0) {
-        *error
-            = tr("the sampler '%1' is missing: the installation is damaged").arg(QString::fromUtf8(mSampler));
+    if (!isSamplerThere(mSampler, error))
         return ExitFailure;
-    }
+    mForwarding = recogniseLauncher(mProgram, mConfig.getLaunchers());
     return ExitSuccess;
 }
 
 bool JobLauncher::openInput(QString *error)
 {
-    if (mInputFile.isNull())
+    const QString file = mConfig.getInputFile();
+    if (file.isNull())
         return true;
-    mInput = ::open(mInputFile.toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC);
+    mInput = ::open(file.toLocal8Bit().constData(), O_RDONLY | O_CLOEXEC);
     struct stat status;
     int reason = 0;
     if (mInput < 0 || ::fstat(mInput, &status) != 0)
@@ -120,18 +120,19 @@ bool JobLauncher::openInput(QString *error)
     else if (S_ISDIR(status.st_mode))
         reason = EISDIR;
     if (reason != 0)
-        *error = tr("cannot read the input file '%1': %2").arg(mInputFile, systemError(reason));
+        *error = tr("cannot read the input file '%1': %2").arg(file, systemError(reason));
     return reason == 0;
 }
 
 bool JobLauncher::run(const QString &workFolder, const QString &spoolFolder, int *exitStatus, QString *error)
 {
     const QByteArray sampler = preloadablePath(mSampler, workFolder);
-    const QList<QByteArray> environment = jobEnvironment(sampler, spoolFolder);
+    const Launch launch = withVariables({mConfig.getCommand(), plainEnvironment()}, mForwarding,
+        samplerVariables(sampler, spoolFolder, mConfig.fernConfig().getInterval()));
 
     SignalForwarding signals;
     pid_t pid = 0;
-    const int reason = spawn(&pid, mProgram, mCommand, mInput, environment);
+    const int reason = spawn(&pid, mProgram, launch.command, mInput, launch.environment);
     if (reason != 0) {
         *error = tr("cannot run '%1': %2").arg(QString::fromUtf8(mProgram), systemError(reason));
         *exitStatus = reason == ENOENT ? ExitNotFound : ExitNotExecutable;

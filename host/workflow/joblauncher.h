@@ -1,20 +1,25 @@
 #ifndef HOST_WORKFLOW_JOBLAUNCHER_H
 #define HOST_WORKFLOW_JOBLAUNCHER_H
 
+#include "cli/launchertable.h"
 #include "workflow/exitstatus.h"
 
 #include <QByteArray>
 #include <QList>
 #include <QString>
 
+class KELPConfig;
+
 // A job that is to run under the sampler: the words of its command line and its input file.
 //
 // The job has our terminal, standard streams, working directory and environment, to which only what the
-// sampler needs is added. It is one process, whatever it starts in turn.
+// sampler needs is added: to the job's processes alone where they are started by a launcher that is told so
+// on its command line. The job is one process, whatever it starts in turn.
 class JobLauncher {
 public:
-    // `command` holds at least the program; a null `inputFile` means our own standard input.
-    JobLauncher(const QList<QByteArray> &command, const QString &inputFile);
+    // The command holds at least the program; a null input file means our own standard input. `config` must
+    // outlive the object.
+    explicit JobLauncher(const KELPConfig &config);
     ~JobLauncher();
     JobLauncher(const JobLauncher &) = delete;
     JobLauncher &operator=(const JobLauncher &) = delete;
@@ -35,11 +40,14 @@ public:
     // and SIGHUP are passed on to it. A signal that was ignored when we were started stays so for both.
     bool run(const QString &workFolder, const QString &spoolFolder, int *exitStatus, QString *error);
 
+    // How the job's processes get what the sampler needs; known after prepare().
+    Forwarding forwarding() const { return mForwarding; }
+
 private:
     bool openInput(QString *error);
 
-    const QList<QByteArray> mCommand;
-    const QString mInputFile;
+    const KELPConfig &mConfig;
+    Forwarding mForwarding = Forwarding::Inherited;
     QByteArray mProgram; // path, once it is found
     QByteArray mSampler; // path
     int mInput = -1; // descriptor of the input file

@@ -1,10 +1,12 @@
 #ifndef HOST_WORKFLOW_KELPCONFIG_H
 #define HOST_WORKFLOW_KELPCONFIG_H
 
+#include "cli/launchertable.h"
 #include "core/export.h"
 
 #include <QByteArray>
 #include <QList>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -41,8 +43,22 @@ public:
     QString getSelectedRanks() const { return mSelectedRanks; }
     void setSelectedRanks(const QString &ranks) { mSelectedRanks = ranks; }
 
+    // The most samples that a profile has, and how far the first ones lie apart, in ms; 0: as the sampler
+    // likes.
+    int getSamples() const { return mSamples; }
+    void setSamples(int samples) { mSamples = samples; }
+    int getInterval() const { return mInterval; }
+    void setInterval(int interval) { mInterval = interval; }
+
+    // Ids of metrics that the profile leaves out.
+    QStringList getDisabledMetrics() const { return mDisabledMetrics; }
+    void setDisabledMetrics(const QStringList &ids) { mDisabledMetrics = ids; }
+
 private:
     QString mSelectedRanks;
+    int mSamples = 0;
+    int mInterval = 0;
+    QStringList mDisabledMetrics;
 };
 
 // The host's configuration for one run, filled from the command line by an ArgumentApplier.
@@ -56,6 +72,10 @@ public:
     FERNConfig &fernConfig() { return mFernConfig; }
     const FERNConfig &fernConfig() const { return mFernConfig; }
 
+    // How launchers hand variables on, by their names or paths, where the user says so.
+    QMap<QString, Forwarding> getLaunchers() const { return mLaunchers; }
+    void setLaunchers(const QMap<QString, Forwarding> &launchers) { mLaunchers = launchers; }
+
     QStringList getSelectedPlugins() const { return mSelectedPlugins; }
     void setSelectedPlugins(const QStringList &plugins) { mSelectedPlugins = plugins; }
 
@@ -65,6 +85,7 @@ public:
 
 private:
     FERNConfig mFernConfig;
+    QMap<QString, Forwarding> mLaunchers;
     QStringList mSelectedPlugins;
     bool mQuiet = true;
 };

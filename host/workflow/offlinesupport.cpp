@@ -1,6 +1,7 @@
 #include "workflow/offlinesupport.h"
 
 #include "workflow/brivanetool.h"
+#include "workflow/progressline.h"
 
 #include <cstdio>
 
@@ -12,6 +13,7 @@ void print(const QString &message)
         = (BrivaneTool::currentTool()->getCanonicalName() + QLatin1String(": ") + message).toUtf8();
     if (!line.endsWith('\n')) // what another program printed often has its own
         line += '\n';
+    ProgressLine::giveWay();
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
     std::fflush(stderr);
 }
