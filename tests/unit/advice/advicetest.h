@@ -1,6 +1,8 @@
 #ifndef TESTS_UNIT_ADVICE_ADVICETEST_H
 #define TESTS_UNIT_ADVICE_ADVICETEST_H
 
+#include "recordedsentences.h"
+
 #include <QPair>
 #include <QString>
 
@@ -17,7 +19,7 @@ const std::string Nothing = "(no sentence)";
 
 inline std::string said(const QString &sentence)
 {
-    return sentence.isNull() ? Nothing : sentence.toStdString();
+    return sentence.isNull() ? Nothing : recorded(sentence).toStdString();
 }
 
 using Sentences = std::pair<std::string, std::string>;

@@ -201,6 +201,25 @@ TEST_F(EnergyMetricNames, FromAnEmptyVariableHaveNoStem)
         QStringList({QStringLiteral("_power"), QStringLiteral("_energy")}));
 }
 
+TEST_F(EnergyMetricNames, AreKeptUntilAChangeOfTheEnvironmentIsAnnouncedOrNothingIsKept)
+{
+    setVariable("KELP_CPU_ENERGY_METRIC", "first");
+    EXPECT_EQ(metricsInUse().first(), QStringLiteral("first_power"));
+    qputenv("KELP_CPU_ENERGY_METRIC", "second");
+    EXPECT_EQ(metricsInUse().first(), QStringLiteral("first_power"));
+    // Each variable is kept on its own, and a change is one of all.
+    qputenv("KELP_SYSTEM_ENERGY_METRIC", "ipmi");
+    EXPECT_EQ(metricsInUse().at(2), QStringLiteral("system_power"));
+    ++g_cacheSerial;
+    EXPECT_EQ(metricsInUse().first(), QStringLiteral("second_power"));
+    EXPECT_EQ(metricsInUse().at(2), QStringLiteral("ipmi_power"));
+
+    g_cacheEnv = false;
+    qputenv("KELP_CPU_ENERGY_METRIC", "third");
+    EXPECT_EQ(metricsInUse().first(), QStringLiteral("third_power"));
+    g_cacheEnv = true;
+}
+
 TEST_F(EnergyMetricNames, DecideWhichSensorsAreRead)
 {
     setVariable("KELP_CPU_ENERGY_METRIC", "pmu");

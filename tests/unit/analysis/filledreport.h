@@ -8,6 +8,7 @@
 #include "api/quillon-report.h"
 #include "profilebuilder.h"
 #include "quillonreport.h"
+#include "recordedsentences.h"
 
 #include <memory>
 
@@ -72,7 +73,7 @@ inline std::unique_ptr<quillon_report> filledReport(const ProfileBuilder &job,
 
 inline QString text(const quillon_report &report, const QString &metricId)
 {
-    return report.getMetricValue(metricId).toString();
+    return recorded(report.getMetricValue(metricId).toString());
 }
 
 inline double number(const quillon_report &report, const QString &metricId)

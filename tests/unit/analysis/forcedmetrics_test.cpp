@@ -100,7 +100,7 @@ TEST_F(TrappedCapacityError, SaysThatTheBudgetWasExceeded)
     PerformanceData figures;
     figures.hasTrappedCapacity = true;
     figures.energyTrappedTotalInWh = -1;
-    EXPECT_EQ(getTrappedCapacityBudgetedErrorMessage(figures, ProfileBuilder().build()),
+    EXPECT_EQ(recorded(getTrappedCapacityBudgetedErrorMessage(figures, ProfileBuilder().build())),
         "<span class=\"energy.trappedPercent\">Trapped capacity</span> information is not available because "
         "the "
         "used power exceeded the budgeted power. Check your configuration file.");

@@ -153,12 +153,15 @@ TEST_F(HostFailure, WhileFiguresAreComputedLeavesNoModelBehind)
     failAtEachCall([](const ProfilerData &profile) { computePerformanceData(profile); });
 }
 
-TEST_F(HostFailure, WhileAReportIsFilledLeavesNoModelBehind)
+TEST_F(HostFailure, WhileAReportIsFilledLeavesNoModelBehindWhateverItsType)
 {
-    failAtEachCall([](const ProfilerData &profile) {
-        const std::unique_ptr<quillon_report> report(
-            convertToReport(profile, ReportDefinition(), QStringLiteral("any"), nullptr));
-    });
+    for (const char *type : {"default", "trapped", "perfcpumetrics", "any"}) {
+        SCOPED_TRACE(type);
+        failAtEachCall([type](const ProfilerData &profile) {
+            const std::unique_ptr<quillon_report> report(
+                convertToReport(profile, ReportDefinition(), QString::fromLatin1(type), nullptr));
+        });
+    }
 }
 
 TEST_F(HostFailure, IsNotHelpedByKeepingModelsOfSamples)
