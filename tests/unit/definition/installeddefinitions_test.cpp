@@ -424,3 +424,117 @@ TEST(DefaultReport, ShowsEveryMetricThatASentenceOfAdviceNames)
     const QSet<QString> shown = shownMetrics(*loadDefault(nullptr));
     EXPECT_EQ("", QStringList((named - shown).values()).join(QStringLiteral(", ")));
 }
+
+// Definitions that follow the default report.
+
+Loaded loadType(const char *name)
+{
+    return loadInstalled(QDir::cleanPath(TemplatesDir.filePath(QLatin1String(name))));
+}
+
+QSet<QString> metricsBeyondTheDefault(const ReportDefinition &definition)
+{
+    return definition.metricIds() - loadDefault(nullptr)->metricIds();
+}
+
+TEST(TrappedReport, DeclaresWhatOnlyItSets)
+{
+    const Loaded loaded = loadType("report-trapped.xml");
+    const QSet<QString> expected = OfTheTrappedReportOnly
+        + QSet<QString>{DefaultMetrics::EnergyError, DefaultMetrics::SummaryEntryCpuPercentOfBudget,
+            DefaultMetrics::SummaryEntryAccPercentOfBudget, DefaultMetrics::SummaryEntryOtherPercentOfBudget};
+    EXPECT_EQ(expected, metricsBeyondTheDefault(*loaded.definition));
+    for (const QString &id : expected) {
+        const MetricDef metric = loaded.definition->getMetric(id);
+        EXPECT_NE(DefaultMetricVersion::NonDefaultMetric, metric.defaultMetricVersion) << id.toStdString();
+        EXPECT_EQ(id == DefaultMetrics::EnergyError ? PMetricType::String : PMetricType::Double, metric.type)
+            << id.toStdString();
+    }
+}
+
+TEST(TrappedReport, ShowsTheSharesOfTheBudgetInPlaceOfTheTimes)
+{
+    const Loaded loaded = loadType("report-trapped.xml");
+    const auto summary = loaded.definition->getSummaryDefinition();
+    QStringList shown;
+    for (const auto &entry : summary.entries) {
+        shown << entry.metricDefId;
+        // A report's data is a tree: below a number there is no room for the advice of its line.
+        EXPECT_NE(entry.id, entry.metricDefId);
+        EXPECT_EQ("",
+            loaded.definition->getClashingMetricId(
+                entry.adviceJsonValue(loaded.definition->config()), nullptr));
+    }
+    EXPECT_EQ(QStringList({DefaultMetrics::SummaryEntryCpuPercentOfBudget,
+                  DefaultMetrics::SummaryEntryAccPercentOfBudget,
+                  DefaultMetrics::SummaryEntryOtherPercentOfBudget}),
+        shown);
+    EXPECT_FALSE(summary.heading.contains("dominant")) << "the default report's heading is gone";
+}
+
+TEST(TrappedReport, KeepsTheDefaultSubsectionsAndPutsEnergyFirst)
+{
+    const Loaded loaded = loadType("report-trapped.xml");
+    QStringList ids;
+    for (const SubsectionDef &subsection : loaded.definition->getSubsectionList())
+        ids << subsection.id;
+    QStringList expected = {DefaultMetrics::SubsectionEnergy, DefaultMetrics::SubsectionCpuEnergy};
+    for (const SubsectionDef &subsection : loadDefault(nullptr)->getSubsectionList()) {
+        if (!expected.contains(subsection.id))
+            expected << subsection.id;
+    }
+    EXPECT_EQ(expected, ids);
+    EXPECT_EQ(DefaultMetrics::EnergyError,
+        loaded.definition->getSubsection(DefaultMetrics::SubsectionEnergy).errorMetric);
+    // Merging adds rows; none of them may come twice.
+    EXPECT_EQ(loadDefault(nullptr)->getSubsection(DefaultMetrics::SubsectionCpu).entries.size(),
+        loaded.definition->getSubsection(DefaultMetrics::SubsectionCpu).entries.size());
+}
+
+TEST(TrappedReport, ShowsEveryMetricThatItsAdviceNames)
+{
+    const Loaded loaded = loadType("report-trapped.xml");
+    const QSet<QString> named = {DefaultMetrics::MpiCollectivePercent, DefaultMetrics::MpiP2pPercent,
+        DefaultMetrics::IoReadPercent, DefaultMetrics::IoWritePercent, DefaultMetrics::CudaGpusInUsePercent,
+        DefaultMetrics::ThreadsPhysicalCoreUtilizationPercent, DefaultMetrics::ThreadsSyncPercent,
+        DefaultMetrics::EnergyNodePeakPower, DefaultMetrics::CpuWaitingAccPercent,
+        DefaultMetrics::CpuSingleCorePercent, DefaultMetrics::CpuMemPercent,
+        DefaultMetrics::CpuVectorNumPercent};
+    EXPECT_EQ(
+        "", QStringList((named - shownMetrics(*loaded.definition)).values()).join(QStringLiteral(", ")));
+}
+
+TEST(CountersReport, AddsTheCyclesOfAnInstructionUnderAHeadingOfTheirOwn)
+{
+    const Loaded loaded = loadType("report-perfcpumetrics.xml");
+    const QString cycles = DefaultMetrics::PerfCyclesPerIns;
+    EXPECT_EQ(QSet<QString>{cycles}, metricsBeyondTheDefault(*loaded.definition));
+    const MetricDef metric = loaded.definition->getMetric(cycles);
+    EXPECT_NE(DefaultMetricVersion::NonDefaultMetric, metric.defaultMetricVersion);
+    EXPECT_EQ("metric", metric.source) << "only the bound metrics' step writes it";
+    EXPECT_EQ(cycles, metric.sourceDetails.metricRef);
+
+    const SubsectionDef perf = loaded.definition->getSubsection(DefaultMetrics::SubsectionPerf);
+    EXPECT_GE(perf.maxAdviceStrings, 2) << "advice comes in pairs";
+    ASSERT_EQ(1, perf.entries.size());
+    EXPECT_EQ(cycles, perf.entries.first().metricDefId);
+    EXPECT_EQ(
+        loadDefault(nullptr)->getSubsectionList().size() + 1, loaded.definition->getSubsectionList().size());
+}
+
+TEST(InstalledTypes, AreTheOnesThatTheCommandLineKnows)
+{
+    const QStringList types = TemplatesDir.entryList({QStringLiteral("report-*.xml")}, QDir::Files);
+    EXPECT_EQ(QStringList({"report-default.xml", "report-perfcpumetrics.xml", "report-trapped.xml"}), types);
+}
+
+TEST(InstalledTypes, CanBeCombined)
+{
+    QString error;
+    const auto definition = loadDefault(nullptr);
+    for (const char *name : {"report-trapped.xml", "report-perfcpumetrics.xml"}) {
+        EXPECT_TRUE(definition->appendPartialReportFromFile(
+            TemplatesDir.filePath(QLatin1String(name)), &error, ReportDefinition::SilentValidation));
+        EXPECT_EQ("", error);
+    }
+}
