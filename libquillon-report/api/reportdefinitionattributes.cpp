@@ -320,8 +320,10 @@ bool ReportDefinition::readRequiresAttribute(const QString &name, XmlNecessityTy
 bool ReportDefinition::readColourAttribute(const QString &name, XmlNecessityType necessity,
     const QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QColor &out, QString *error)
 {
-    static const QRegExp codeParser(
+    static const QRegExp compiledParser(
         QStringLiteral("^([a-zA-Z]{3})\\(\\s*(-?\\d+)\\s*,\\s*(-?\\d+)\\s*,\\s*(-?\\d+)\\s*\\)$"));
+    // It keeps what it matched, and several threads may read definitions.
+    const QRegExp codeParser = compiledParser;
     out = QColor();
     QString colourString;
     if (!readStringAttribute(name, necessity, xml, xmlDocumentUrl, colourString, error))

@@ -5,7 +5,7 @@
 static const char kDefinition[]
     = "<report xmlns=\"http://brivane.example/2016/BrivaneReports\" name='Cache study'>"
       "<reportMetrics>"
-      "<reportMetric id='m' displayName='Hits' units='%'/>"
+      "<reportMetric id='m' displayName='Hits' units='%' colour='rgb(1,2,3)'/>"
       "<reportMetric id='n' displayName='Misses' units='%' breakdownSubsection='s'/>"
       "</reportMetrics>"
       "<summary><heading>Where the accesses went</heading>"
