@@ -27,3 +27,23 @@ install(TARGETS custom-quillon-reports EXPORT CustomQuillonReportsTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES api/brivane-report.h api/resultcodes.h
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/custom-quillon-reports")
+
+# For find_package and pkg-config. Both find the rest of the installation from their own place, so that it can be moved.
+include(CMakePackageConfigHelpers)
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/CustomQuillonReports")
+install(EXPORT CustomQuillonReportsTargets
+  NAMESPACE CustomQuillonReports:: DESTINATION "${package_dir}")
+configure_package_config_file(CustomQuillonReportsConfig.cmake.in
+  "${CMAKE_CURRENT_BINARY_DIR}/CustomQuillonReportsConfig.cmake"
+  INSTALL_DESTINATION "${package_dir}")
+write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/CustomQuillonReportsConfigVersion.cmake"
+  COMPATIBILITY SameMajorVersion)
+install(FILES
+  "${CMAKE_CURRENT_BINARY_DIR}/CustomQuillonReportsConfig.cmake"
+  "${CMAKE_CURRENT_BINARY_DIR}/CustomQuillonReportsConfigVersion.cmake"
+  DESTINATION "${package_dir}")
+
+set(pc_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+file(RELATIVE_PATH QUILLON_PREFIX_FROM_PC "/prefix/${pc_dir}" "/prefix")
+configure_file(custom-quillon-reports.pc.in "${CMAKE_CURRENT_BINARY_DIR}/custom-quillon-reports.pc" @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/custom-quillon-reports.pc" DESTINATION "${pc_dir}")

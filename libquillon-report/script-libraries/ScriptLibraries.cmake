@@ -51,8 +51,12 @@ function(_quillon_check_script_library folder name version)
   endif()
 endfunction()
 
+# The source archive brings them along.
+set(_archived "${PROJECT_SOURCE_DIR}/script-libraries")
 if(QUILLON_SCRIPT_LIBRARIES)
   set(_libraries "${QUILLON_SCRIPT_LIBRARIES}")
+elseif(EXISTS "${_archived}")
+  set(_libraries "${_archived}")
 else()
   _quillon_install_script_libraries()
   set(_libraries "${_work}/node_modules")
@@ -73,5 +77,6 @@ unset(QUILLON_LIBRARY)
 unset(QUILLON_LICENSE)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${_here}/package-lock.json")
 
+set_property(GLOBAL PROPERTY QUILLON_SCRIPT_LIBRARY_FOLDER "${_libraries}")
 set(QUILLON_SCRIPT_LIBRARY_FILES
   "${_made}/handlebars.min-v4.0.5.js" "${_made}/htmlparser.js" "${_made}/d3.v3.min.js")
