@@ -57,12 +57,15 @@ test('reasons why something could not be measured', () => withReport('hostile', 
 test('what a definition brings', () => withReport('hostile-names', async (page, log) => {
   const data = reportData('hostile-names');
   const metrics = Object.values(data.metricData).filter((metric) => /\.(share|rate)$/.test(metric.value));
-  const rows = await page.$$eval('.subsection tr[id^=subsection-metric]', (list) => list.map((row) => ({
-    name: row.cells[0].textContent.trim(),
-    tooltip: row.querySelector('abbr').title,
-    units: row.cells[1].querySelectorAll('span').length > 1 ? row.cells[1].querySelectorAll('span')[1].textContent : '%',
-    detail: row.nextElementSibling.cells[0].id
-  })));
+  const rows = await page.$$eval('.subsection tr[id^=subsection-metric]', (list) => list.map((row) => {
+    const [, units] = row.cells[1].querySelectorAll('span');
+    return {
+      name: row.cells[0].textContent.trim(),
+      tooltip: row.querySelector('abbr').title,
+      units: units ? units.textContent : '%',
+      detail: row.nextElementSibling.cells[0].id
+    };
+  }));
   assert.deepStrictEqual(rows.map((row) => row.tooltip), data.subsections[0].metrics.map((entry) => entry.tooltip));
   assert.deepStrictEqual(rows.map((row) => row.detail), metrics.map((metric) => metric.displayName + ' detail'));
   assert.deepStrictEqual(rows.map((row) => row.name),

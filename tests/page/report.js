@@ -2,7 +2,7 @@
 'use strict';
 
 function at(object, path) {
-  return path.split('.').reduce((value, key) => (value === undefined || value === null ? undefined : value[key]), object);
+  return path.split('.').reduce((value, key) => (value ? value[key] : undefined), object);
 }
 
 // A number, or null for a metric that could not be measured.
