@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 
 using fern::spool::Bin;
@@ -40,6 +41,13 @@ const QVector<Row> &rows()
         {FigureMpiCollectiveBytes, METRIC_MPI_COLLECTIVE_BYTES_PER_SEC, NsPerSecond, NotSupported},
         {FigureMpiPointToPointBytes, METRIC_MPI_P2P_BYTES_PER_SEC, NsPerSecond, NotSupported},
         {FigureCpuTime, METRIC_ACTIVE_CORES, 1, NotSupported},
+        {FigureInstrVectorFp, METRIC_INSTR_VECTOR_FP, 0, NotSupported},
+        {FigureInstrVectorInt, METRIC_INSTR_VECTOR_INT, 0, NotSupported},
+        {FigureInstrFp, METRIC_INSTR_FP, 0, NotSupported},
+        {FigureInstrInt, METRIC_INSTR_INT, 0, NotSupported},
+        {FigureInstrMemory, METRIC_INSTR_MEM, 0, NotSupported},
+        {FigureCpuPower, METRIC_RAPL_POWER, 0, NotSupported},
+        {FigureSystemPower, METRIC_SYSTEM_POWER, 0, NotSupported},
     };
     return table;
 }
@@ -81,6 +89,55 @@ void collect(StatisticsCollector &collector, const Figure &gauge)
     }
 }
 
+// Why there are no program counters, by the error number that the kernel gave.
+const char *counterReason(int error)
+{
+    switch (error) {
+    case 0:
+        return QT_TRANSLATE_NOOP("SpoolMetrics", "Not enough time was spent computing to say anything.");
+    case EPERM:
+    case EACCES:
+        return QT_TRANSLATE_NOOP("SpoolMetrics",
+            "Requires permission to sample program counters: kernel.perf_event_paranoid at 2 or below, and a "
+            "container that doesn't forbid perf_event_open.");
+    case EMFILE:
+    case ENOMEM:
+        return QT_TRANSLATE_NOOP(
+            "SpoolMetrics", "Requires a higher limit of open files or kernel.perf_event_mlock_kb.");
+    default:
+        return QT_TRANSLATE_NOOP("SpoolMetrics", "Not supported on this system, which has no perf events.");
+    }
+}
+
+constexpr const char *TooShort
+    = QT_TRANSLATE_NOOP("SpoolMetrics", "Not enough time passed to read the sensors.");
+
+const char *cpuPowerReason(quint32 state)
+{
+    if (state == fern::spool::SensorUnknown || state == fern::spool::SensorRead) {
+        return TooShort;
+    }
+    return state == fern::spool::SensorRefused
+        ? QT_TRANSLATE_NOOP("SpoolMetrics",
+            "Requires permission to read energy_uj in /sys/class/powercap/intel-rapl:*, which an "
+            "administrator "
+            "can give.")
+        : QT_TRANSLATE_NOOP("SpoolMetrics",
+            "Not supported on this system, which has no energy counters in /sys/class/powercap.");
+}
+
+const char *systemPowerReason(quint32 state)
+{
+    if (state == fern::spool::SensorUnknown || state == fern::spool::SensorRead) {
+        return TooShort;
+    }
+    return state == fern::spool::SensorRefused
+        ? QT_TRANSLATE_NOOP("SpoolMetrics", "Requires permission to read the node's power meter.")
+        : QT_TRANSLATE_NOOP("SpoolMetrics",
+            "Not supported on this system, which has no power meter in /sys/cray/pm_counters or "
+            "/sys/class/hwmon.");
+}
+
 void storeStatic(ProfilerData *profile, const QString &id, const StatisticsCollector &collector)
 {
     MetricRecord record;
@@ -88,6 +145,21 @@ void storeStatic(ProfilerData *profile, const QString &id, const StatisticsColle
     record.wholeRun = collector.statistics();
     if (record.wholeRun.count == 0) {
         record.errors.append(sentence(NotSupported));
+    }
+    profile->setMetric(record);
+}
+
+void storeCollected(ProfilerData *profile, const QString &id, const StatisticsCollector &wholeRun,
+    const QVector<StatisticsCollector> &series, const QString &whyNot)
+{
+    MetricRecord record;
+    record.definition = MetricDefinitions::describe(id);
+    record.wholeRun = wholeRun.statistics();
+    for (const StatisticsCollector &sample : series) {
+        record.series.append(sample.statistics());
+    }
+    if (record.wholeRun.count == 0) {
+        record.errors.append(whyNot);
     }
     profile->setMetric(record);
 }
@@ -101,6 +173,8 @@ SpoolMetrics::SpoolMetrics(const SpoolTimeline &timeline)
     for (Collected &metric : mCollected) {
         metric.series.resize(timeline.numSamples());
     }
+    mCpuEnergy.series.resize(timeline.numSamples());
+    mSystemEnergy.series.resize(timeline.numSamples());
 }
 
 void SpoolMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &bins)
@@ -113,6 +187,9 @@ void SpoolMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &b
     mNode.physicalCores = std::max(mNode.physicalCores, process.physicalCores);
     mNode.memory = std::max(mNode.memory, process.nodeMemory);
     mTicks += process.ticks;
+    mCounterError = std::max(mCounterError, process.counterError);
+    mCpuPowerState = std::max(mCpuPowerState, process.cpuPowerState);
+    mSystemPowerState = std::max(mSystemPowerState, process.systemPowerState);
 
     for (int row = 0; row < rows().size(); ++row) {
         const Metric definition = MetricDefinitions::describe(rows()[row].metric);
@@ -139,26 +216,35 @@ void SpoolMetrics::store(ProfilerData *profile)
 {
     endNode();
     for (int row = 0; row < rows().size(); ++row) {
-        MetricRecord record;
-        record.definition = MetricDefinitions::describe(rows()[row].metric);
-        record.wholeRun = mCollected[row].wholeRun.statistics();
-        for (const StatisticsCollector &sample : mCollected[row].series) {
-            record.series.append(sample.statistics());
-        }
-        if (record.wholeRun.count == 0) {
-            record.errors.append(sentence(mTicks > 0
-                    ? rows()[row].whyNot
-                    : QT_TRANSLATE_NOOP("SpoolMetrics", "The job ended before anything could be read.")));
-        }
-        profile->setMetric(record);
+        storeCollected(
+            profile, rows()[row].metric, mCollected[row].wholeRun, mCollected[row].series, reasonFor(row));
     }
+    storeCollected(profile, METRIC_RAPL_ENERGY, mCpuEnergy.wholeRun, mCpuEnergy.series,
+        sentence(cpuPowerReason(mCpuPowerState)));
+    storeCollected(profile, METRIC_SYSTEM_ENERGY, mSystemEnergy.wholeRun, mSystemEnergy.series,
+        sentence(systemPowerReason(mSystemPowerState)));
     storeStatic(profile, METRIC_NUM_CORES_PER_NODE, mLogicalCores);
     storeStatic(profile, METRIC_NUM_PHYSICAL_CORES_PER_NODE, mPhysicalCores);
     storeStatic(profile, METRIC_MEMORY_PER_NODE, mMemory);
-    const QString noSensor
-        = sentence(QT_TRANSLATE_NOOP("SpoolMetrics", "Not supported by this version of the sampler."));
-    profile->addMetricError(METRIC_RAPL_POWER, noSensor);
-    profile->addMetricError(METRIC_SYSTEM_POWER, noSensor);
+}
+
+// What to tell a user where no process could read a figure.
+QString SpoolMetrics::reasonFor(int row) const
+{
+    if (mTicks == 0) {
+        return sentence(QT_TRANSLATE_NOOP("SpoolMetrics", "The job ended before anything could be read."));
+    }
+    const auto figure = static_cast<fern::spool::FigureId>(rows()[row].figure);
+    if (figure >= fern::spool::FigureInstrVectorFp && figure <= fern::spool::FigureInstrMemory) {
+        return sentence(counterReason(mCounterError));
+    }
+    if (figure == fern::spool::FigureCpuPower) {
+        return sentence(cpuPowerReason(mCpuPowerState));
+    }
+    if (figure == fern::spool::FigureSystemPower) {
+        return sentence(systemPowerReason(mSystemPowerState));
+    }
+    return sentence(rows()[row].whyNot);
 }
 
 SpoolMetrics::Figures SpoolMetrics::figuresOf(
@@ -214,6 +300,27 @@ void SpoolMetrics::addTotal(Collected &metric, const Figures &figures, const Spo
     metric.wholeRun.add(figures.total.sum);
 }
 
+// Energy of a node so far: its mean power in each sample by the time that this took, so that it doesn't
+// matter how many processes read the same sensor, nor when they came and went.
+void SpoolMetrics::addEnergy(Collected &energy, const Figures &power) const
+{
+    if (!wasRead(power.total)) {
+        return;
+    }
+    constexpr double secondsPerMs = 1e-3;
+    const QVector<int> times = mTimeline.timesMs();
+    double soFar = 0;
+    for (int sample = 0; sample < mTimeline.numSamples(); ++sample) {
+        const Figure &figure = power.bySample[sample];
+        if (wasRead(figure)) {
+            soFar += figure.sum / static_cast<double>(figure.count) * (times[sample + 1] - times[sample])
+                * secondsPerMs;
+        }
+        energy.series[sample].add(soFar);
+    }
+    energy.wholeRun.add(soFar);
+}
+
 void SpoolMetrics::beginNode(const SpoolProcess &process)
 {
     mNode = Node();
@@ -232,6 +339,12 @@ void SpoolMetrics::endNode()
     for (int row = 0; row < rows().size(); ++row) {
         if (MetricDefinitions::describe(rows()[row].metric).scope == Metric::PerNode) {
             addGauge(mCollected[row], mNode.figures[row]);
+        }
+        if (rows()[row].figure == fern::spool::FigureCpuPower) {
+            addEnergy(mCpuEnergy, mNode.figures[row]);
+        }
+        if (rows()[row].figure == fern::spool::FigureSystemPower) {
+            addEnergy(mSystemEnergy, mNode.figures[row]);
         }
     }
     if (mNode.logicalCores > 0) {

@@ -41,6 +41,8 @@ private:
     };
 
     Figures figuresOf(const SpoolProcess &process, const QVector<fern::spool::Bin> &bins, int figure) const;
+    QString reasonFor(int row) const;
+    void addEnergy(Collected &energy, const Figures &power) const;
     void addGauge(Collected &metric, const Figures &figures) const;
     void addRate(Collected &metric, const Figures &figures, const SpoolProcess &process, int row) const;
     void addTotal(Collected &metric, const Figures &figures, const SpoolProcess &process) const;
@@ -49,12 +51,17 @@ private:
 
     SpoolTimeline mTimeline;
     QVector<Collected> mCollected; // by row of the table of figures
+    Collected mCpuEnergy;
+    Collected mSystemEnergy;
     StatisticsCollector mLogicalCores;
     StatisticsCollector mPhysicalCores;
     StatisticsCollector mMemory;
     Node mNode;
     bool mInNode = false;
     quint64 mTicks = 0;
+    int mCounterError = 0; // of any process, as the two that follow
+    quint32 mCpuPowerState = 0;
+    quint32 mSystemPowerState = 0;
 };
 
 #endif

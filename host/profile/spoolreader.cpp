@@ -46,6 +46,23 @@ bool readHeader(const QString &path, Header *header, qint64 *fileSize, QString *
     return true;
 }
 
+bool checkCode(const Header &header, qint64 fileSize, QString *reason)
+{
+    using namespace fern::spool;
+    if (header.codeBlockCount > MaxCodeBlocks || header.programCounterCount > MaxProgramCounters) {
+        return fail(reason, "damaged: more program counters than there is room for");
+    }
+    const quint64 codeEnd
+        = header.codeBlockCount > 0 ? CodeOffset + header.codeBlockCount * sizeof(CodeBlock) : 0;
+    const quint64 countersEnd = header.programCounterCount > 0
+        ? CountersOffset + header.programCounterCount * sizeof(ProgramCounter)
+        : 0;
+    if (static_cast<quint64>(fileSize) < std::max(codeEnd, countersEnd)) {
+        return fail(reason, "truncated");
+    }
+    return true;
+}
+
 bool checkFormat(const Header &header, qint64 fileSize, QString *reason)
 {
     if (std::memcmp(header.magic, fern::spool::Magic, sizeof(header.magic)) != 0) {
@@ -65,7 +82,7 @@ bool checkFormat(const Header &header, qint64 fileSize, QString *reason)
     if (static_cast<quint64>(fileSize) < sizeof(Header) + header.binCount * sizeof(Bin)) {
         return fail(reason, "truncated");
     }
-    return true;
+    return checkCode(header, fileSize, reason);
 }
 
 // Where the bins lie. The limits are there so that a damaged header can't make the sums overflow or stretch
@@ -80,6 +97,7 @@ bool readTimes(const Header &header, SpoolProcess *process, QString *reason)
         || __builtin_add_overflow(firstBinNs, header.epochNs, &firstBinNs) || firstBinNs > latest) {
         return fail(reason, "damaged: impossible times");
     }
+    process->startNs = qint64(header.startNs);
     process->epochNs = qint64(header.epochNs);
     process->intervalNs = qint64(header.intervalNs);
     process->firstBinNs = qint64(firstBinNs);
@@ -93,6 +111,14 @@ bool readTimes(const Header &header, SpoolProcess *process, QString *reason)
     process->beginNs = std::clamp(startNs, process->firstBinNs, binsEndNs);
     process->endNs = std::clamp(qint64(header.lastNs), process->beginNs, binsEndNs);
     return true;
+}
+
+template <typename Entry> bool readArray(QFile &file, quint64 offset, int count, QVector<Entry> *entries)
+{
+    entries->resize(count);
+    const qint64 size = count * qint64(sizeof(Entry));
+    return count == 0
+        || (file.seek(qint64(offset)) && file.read(reinterpret_cast<char *>(entries->data()), size) == size);
 }
 
 } // namespace
@@ -120,9 +146,32 @@ bool SpoolReader::readProcess(const QString &path, SpoolProcess *process, QStrin
     read.maxThreads = countOrZero(header.maxThreads);
     read.ticks = header.ticks;
     read.threadsMissed = header.threadsMissed;
+    read.counterError = countOrZero(header.counterError);
+    read.codeBlockCount = int(header.codeBlockCount);
+    read.programCounterCount = int(header.programCounterCount);
+    read.programCountersLost = header.programCountersLost;
+    read.cpuPowerState = header.cpuPowerState;
+    read.systemPowerState = header.systemPowerState;
+    read.samplerCpuNs = header.samplerCpuNs;
     read.hostname = QString::fromUtf8(text(header.hostname));
     read.executable = QFile::decodeName(text(header.executable));
     *process = read;
+    return true;
+}
+
+bool SpoolReader::readCode(const SpoolProcess &process, SpoolCode *code, QString *reason)
+{
+    QFile file(process.path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *reason = file.errorString();
+        return false;
+    }
+    SpoolCode read;
+    if (!readArray(file, fern::spool::CodeOffset, process.codeBlockCount, &read.blocks)
+        || !readArray(file, fern::spool::CountersOffset, process.programCounterCount, &read.counters)) {
+        return fail(reason, "truncated");
+    }
+    *code = read;
     return true;
 }
 

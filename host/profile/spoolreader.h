@@ -25,6 +25,15 @@ struct SpoolProcess {
     QString hostname;
     QString executable; // path
 
+    int counterError = 0; // errno where program counters couldn't be had
+    int codeBlockCount = 0;
+    int programCounterCount = 0;
+    quint64 programCountersLost = 0;
+    quint32 cpuPowerState = 0; // fern::spool::SensorState
+    quint32 systemPowerState = 0;
+    quint64 samplerCpuNs = 0; // CPU time of the sampling thread
+
+    qint64 startNs = 0; // when sampling began, before any clamping to bins
     qint64 epochNs = 0; // from which bins are counted
     qint64 intervalNs = 0; // width of a bin; above 0
     qint64 firstBinNs = 0; // when the first bin begins
@@ -33,6 +42,12 @@ struct SpoolProcess {
     qint64 endNs = 0;
 
     bool is(fern::spool::HeaderFlag flag) const { return (flags & flag) != 0; }
+};
+
+// Where a process computed: program counters, and the code around them.
+struct SpoolCode {
+    QVector<fern::spool::CodeBlock> blocks;
+    QVector<fern::spool::ProgramCounter> counters;
 };
 
 namespace SpoolReader {
@@ -45,6 +60,9 @@ BRIVANE_HOST_EXPORT bool readProcess(const QString &path, SpoolProcess *process,
 // failure, too.
 BRIVANE_HOST_EXPORT bool readBins(
     const SpoolProcess &process, QVector<fern::spool::Bin> *bins, QString *reason);
+
+// Reads the code of a process that readProcess() gave; empty if it was never sampled.
+BRIVANE_HOST_EXPORT bool readCode(const SpoolProcess &process, SpoolCode *code, QString *reason);
 
 } // namespace SpoolReader
 

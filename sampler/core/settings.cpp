@@ -41,6 +41,8 @@ bool readSettings()
     settings.intervalNs = intervalMs * NsPerMs;
     settings.epochNs = numberFromEnvironment("QUILLON_SAMPLER_EPOCH", raw::clockNs(CLOCK_REALTIME));
     settings.ompNumThreads = static_cast<std::int32_t>(numberFromEnvironment("OMP_NUM_THREADS", 0));
+    const char *sysfs = secure_getenv("QUILLON_SAMPLER_SYSFS");
+    copyText(settings.sysfs, sysfs != nullptr ? sysfs : "/sys");
     settings.pageSize = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
     return true;
 }

@@ -9,9 +9,11 @@ namespace fern {
 //   QUILLON_SAMPLER_SPOOL     absolute path of the folder for spools; without it nothing is sampled
 //   QUILLON_SAMPLER_EPOCH     the job's epoch, CLOCK_REALTIME in ns; default: the process's start
 //   QUILLON_SAMPLER_INTERVAL  width of the first bins in ms, 1 to 60000; default 20
+//   QUILLON_SAMPLER_SYSFS     where the node's sensors are, for tests; default /sys
 //   OMP_NUM_THREADS           only noted
 struct Settings {
     char spoolFolder[4096];
+    char sysfs[512];
     std::uint64_t epochNs;
     std::uint64_t intervalNs;
     std::int32_t ompNumThreads; // 0 if unset

@@ -19,7 +19,14 @@ namespace {
 // Room that a file begins with; it doubles when it is used up. A script's hundreds of short processes
 // shouldn't cost a megabyte of a memory file system each.
 constexpr std::uint32_t FirstCapacity = 8;
-constexpr std::uint64_t FullSize = sizeof(spool::Header) + spool::MaxBins * sizeof(spool::Bin);
+constexpr std::uint64_t FullSize
+    = spool::CountersOffset + spool::MaxProgramCounters * sizeof(spool::ProgramCounter);
+
+// What code and program counters grow by, some 8 kB each.
+constexpr std::uint32_t CodeStep = 64;
+constexpr std::uint32_t CounterStep = 512;
+static_assert(spool::MaxCodeBlocks % CodeStep == 0);
+static_assert(spool::MaxProgramCounters % CounterStep == 0);
 
 void add(spool::Figure &target, const spool::Figure &source)
 {
@@ -74,6 +81,9 @@ bool Spool::create(std::uint64_t startNs)
     raw::call(SYS_madvise, mapping, FullSize, MADV_DONTFORK);
     mHeader = reinterpret_cast<spool::Header *>(mapping);
     mBins = reinterpret_cast<spool::Bin *>(mHeader + 1);
+    const auto base = reinterpret_cast<std::uintptr_t>(mHeader);
+    mCodeBlocks = reinterpret_cast<spool::CodeBlock *>(base + spool::CodeOffset);
+    mCounters = reinterpret_cast<spool::ProgramCounter *>(base + spool::CountersOffset);
     fillHeader(startNs);
     return true;
 }
@@ -100,6 +110,7 @@ void Spool::fillHeader(std::uint64_t startNs)
     header.intervalNs = settings.intervalNs;
     header.firstBin = numberOfBin(startNs);
     header.binCount = 1;
+    header.programCounterStep = 1;
 
     utsname node{};
     raw::call(SYS_uname, raw::address(&node));
@@ -131,6 +142,11 @@ void Spool::forget()
 {
     mHeader = nullptr;
     mBins = nullptr;
+    mCodeBlocks = nullptr;
+    mCounters = nullptr;
+    mCodeCapacity = 0;
+    mCounterCapacity = 0;
+    mCountersSeen = 0;
     mFile = -1;
     mBytesWritten = 0;
 }
@@ -228,6 +244,54 @@ template <typename Action> void Spool::forEachBin(std::uint64_t fromNs, std::uin
             toNs > fromNs ? static_cast<double>(end - begin) / static_cast<double>(toNs - fromNs) : 1.0);
         begin = end;
     } while (begin < toNs);
+}
+
+spool::CodeBlock *Spool::newCodeBlock()
+{
+    const std::uint32_t count = mHeader->codeBlockCount;
+    if (count == spool::MaxCodeBlocks)
+        return nullptr;
+    if (count == mCodeCapacity) {
+        if (mFile < 0
+            || !allocate(
+                spool::CodeOffset + count * sizeof(spool::CodeBlock), CodeStep * sizeof(spool::CodeBlock)))
+            return nullptr;
+        mCodeCapacity += CodeStep;
+    }
+    return &mCodeBlocks[count];
+}
+
+bool Spool::addProgramCounter(const spool::ProgramCounter &counter)
+{
+    if (++mCountersSeen < mHeader->programCounterStep)
+        return true;
+    mCountersSeen = 0;
+    const std::uint32_t count = mHeader->programCounterCount;
+    if (count == mCounterCapacity) {
+        if (mFile < 0
+            || !allocate(spool::CountersOffset + count * sizeof(spool::ProgramCounter),
+                CounterStep * sizeof(spool::ProgramCounter)))
+            return false;
+        mCounterCapacity += CounterStep;
+    }
+    mCounters[count] = counter;
+    ++mHeader->programCounterCount;
+    if (mHeader->programCounterCount == spool::MaxProgramCounters)
+        dropEverySecondCounter();
+    return true;
+}
+
+void Spool::dropEverySecondCounter()
+{
+    std::atomic_thread_fence(std::memory_order_release);
+    ++mHeader->changeCount;
+    std::atomic_thread_fence(std::memory_order_seq_cst);
+    mHeader->programCounterCount /= 2;
+    for (std::uint32_t i = 0; i < mHeader->programCounterCount; ++i)
+        mCounters[i] = mCounters[2 * i + 1];
+    mHeader->programCounterStep *= 2;
+    std::atomic_thread_fence(std::memory_order_seq_cst);
+    ++mHeader->changeCount;
 }
 
 void Spool::addReading(spool::FigureId id, std::uint64_t fromNs, std::uint64_t toNs, double value)

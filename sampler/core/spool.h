@@ -33,6 +33,12 @@ public:
     // What a counter counted between two moments, spread evenly over the bins between them.
     void addCounted(spool::FigureId id, std::uint64_t fromNs, std::uint64_t toNs, double amount);
 
+    // Room for one more piece of code; nullptr if there is none. It counts once commitCodeBlock() is called.
+    spool::CodeBlock *newCodeBlock();
+    void commitCodeBlock() { ++mHeader->codeBlockCount; }
+    // Keeps a program counter, or passes it over if it is not its turn. False if there is no room.
+    bool addProgramCounter(const spool::ProgramCounter &counter);
+
     // Bytes that were written to allocate the file, for who counts the process's writing.
     std::uint64_t bytesWritten() const { return mBytesWritten; }
 
@@ -41,10 +47,16 @@ private:
     bool grow();
     bool allocate(std::uint64_t offset, std::uint64_t size);
     void doubleInterval();
+    void dropEverySecondCounter();
     void fillHeader(std::uint64_t startNs);
 
     spool::Header *mHeader = nullptr;
     spool::Bin *mBins = nullptr;
+    spool::CodeBlock *mCodeBlocks = nullptr;
+    spool::ProgramCounter *mCounters = nullptr;
+    std::uint32_t mCodeCapacity = 0; // allocated so far
+    std::uint32_t mCounterCapacity = 0;
+    std::uint32_t mCountersSeen = 0; // since the last one that was kept
     int mFile = -1;
     std::uint64_t mBytesWritten = 0;
     char mPath[4608] = {};

@@ -7,14 +7,16 @@
 // process that is killed still has a profile. Plain data in the machine's own byte order: writer and
 // reader run on machines of one kind.
 //
-// Layout of the file: one Header, then Header::binCapacity times Bin.
+// Layout of the file: one Header, then Header::binCapacity times Bin; at CodeOffset
+// Header::codeBlockCount times CodeBlock, and at CountersOffset Header::programCounterCount times
+// ProgramCounter. Between these the file has holes, and it ends where it was last written to.
 
 #include <cstdint>
 
 namespace fern::spool {
 
 constexpr char Magic[8] = {'F', 'E', 'R', 'N', 'S', 'P', 'L', '\0'};
-constexpr std::uint32_t FormatVersion = 1;
+constexpr std::uint32_t FormatVersion = 2;
 
 // Bins of a run at most; when they are full, neighbours are added up and the interval doubles.
 constexpr std::uint32_t MaxBins = 1000;
@@ -64,6 +66,14 @@ enum FigureId : std::uint32_t {
     FigureMpiCollectiveBytes, // counter, payload sent and received
     FigureMpiPointToPointBytes, // counter, likewise
     FigureCpuTime, // counter, nanoseconds of CPU time of the whole process
+    // Instructions by kind, gauges, in percent; filled by the host from program counters and code.
+    FigureInstrVectorFp,
+    FigureInstrVectorInt,
+    FigureInstrFp, // scalar and vector
+    FigureInstrInt, // scalar and vector
+    FigureInstrMemory,
+    FigureCpuPower, // gauge, watts of all processors of the node
+    FigureSystemPower, // gauge, watts of the whole node
     FigureCount = 24 // room for those to come
 };
 
@@ -78,6 +88,33 @@ struct Bin {
     // Hits of the main thread during which no other thread of the process was active.
     std::uint32_t mainAloneHits[CategoryCount];
     Figure figures[FigureCount];
+};
+
+// A piece of the program's code, as it was when a program counter was first seen there or beside it.
+struct CodeBlock {
+    std::uint64_t address; // a multiple of CodeBlockSize
+    std::uint8_t code[128];
+};
+
+constexpr std::uint32_t CodeBlockSize = sizeof(CodeBlock::code);
+constexpr std::uint32_t MaxCodeBlocks = 2048;
+
+// Where a thread was found computing. They are kept as they come; when there is no room for more, every
+// second one is dropped, and from then on only every second one of those that come is kept, and so on.
+struct ProgramCounter {
+    std::uint64_t address;
+    std::uint32_t timeMs; // since Header::startNs
+    std::uint32_t category; // spool::Category: what the thread was doing at that time
+};
+
+constexpr std::uint32_t MaxProgramCounters = 16384;
+
+// What became of a sensor of the node.
+enum SensorState : std::uint32_t {
+    SensorUnknown, // nobody looked
+    SensorRead,
+    SensorAbsent,
+    SensorRefused // it is there, but this user may not read it
 };
 
 enum HeaderFlag : std::uint32_t {
@@ -124,6 +161,14 @@ struct Header {
     std::uint64_t samplerCpuNs; // CPU time of the sampling thread
     std::uint64_t threadsMissed; // threads that found no free slot
 
+    std::int32_t counterError; // errno of the last thread whose program counters can't be had; 0 if none
+    std::uint32_t codeBlockCount;
+    std::uint32_t programCounterCount;
+    std::uint32_t programCounterStep; // one of so many program counters is kept; a power of two
+    std::uint64_t programCountersLost; // found no code block, or came too fast
+    std::uint32_t cpuPowerState; // SensorState
+    std::uint32_t systemPowerState; // SensorState
+
     char hostname[256];
     char executable[4096]; // path, as the kernel knows it
     // Followed by the bins. The writer changes header and bins between two increments of this number;
@@ -131,7 +176,12 @@ struct Header {
     std::uint64_t changeCount;
 };
 
+constexpr std::uint64_t CodeOffset = sizeof(Header) + std::uint64_t(MaxBins) * sizeof(Bin);
+constexpr std::uint64_t CountersOffset = CodeOffset + std::uint64_t(MaxCodeBlocks) * sizeof(CodeBlock);
+
 static_assert(sizeof(Figure) == 32);
+static_assert(sizeof(CodeBlock) == 8 + CodeBlockSize);
+static_assert(sizeof(ProgramCounter) == 16);
 static_assert(sizeof(Bin) == 5 * sizeof(std::uint32_t) * CategoryCount + sizeof(Figure) * FigureCount);
 
 } // namespace fern::spool

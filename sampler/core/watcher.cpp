@@ -13,6 +13,10 @@ namespace {
 constexpr std::uint64_t MaxTickNs = 10'000'000;
 // Reading all figures costs as much as several looks.
 constexpr std::uint64_t FigureIntervalNs = 100'000'000;
+// Sensors are shared by all processes of a node, and some answer slowly.
+constexpr std::uint64_t PowerIntervalNs = 500'000'000;
+// Sensors and the places where a program computes are only worth asking once it has lived for a while.
+constexpr std::uint64_t ShortLifeNs = 100'000'000;
 // A thread is active if it ran for this part of the time since the last look.
 constexpr std::uint64_t ActivePart = 20;
 
@@ -21,7 +25,8 @@ constexpr std::uint64_t ActivePart = 20;
 void Watcher::reset(std::uint64_t startNs, std::uint64_t startMonotonicNs)
 {
     mSpool.forget();
-    mStartNs = mLookNs = mFiguresNs = startNs;
+    mProgramCounters.forget();
+    mStartNs = mLookNs = mFiguresNs = mPowerNs = startNs;
     mStartMonotonicNs = startMonotonicNs;
     mEarlierCpuNs = 0;
     mTicks = 0;
@@ -43,6 +48,8 @@ void Watcher::begin()
 {
     mNode.open();
     mProcess.open();
+    mPower.close();
+    mProgramCounters.begin();
     if (mSpool.isMapped())
         mSpool.openFile();
     if (!mHasBegun)
@@ -61,6 +68,10 @@ bool Watcher::look(std::uint64_t monotonicNs)
     lookAtThreads(time);
     if (mTicks == 0 || time - mFiguresNs >= FigureIntervalNs)
         readFigures(time);
+    const bool isPowerDue
+        = mPower.isOpen() ? time - mPowerNs >= PowerIntervalNs : time - mStartNs >= ShortLifeNs;
+    if (isPowerDue)
+        readPower(time);
     ++mTicks;
     updateHeader(time);
     return true;
@@ -72,8 +83,11 @@ void Watcher::finish(bool wantsSpool)
     if (mSpool.isMapped() || (wantsSpool && look(now))) {
         const std::uint64_t time = realTime(now);
         readFigures(time);
+        if (mPower.isOpen())
+            readPower(time);
         updateHeader(time);
     }
+    mProgramCounters.end();
     mEarlierCpuNs += process::ownCpuNs();
     mSpool.closeFile();
 }
@@ -104,6 +118,8 @@ void Watcher::lookAtThreads(std::uint64_t timeNs)
         const bool works = hasWorked(i, tid, passedNs);
         const bool isMain = i == 0;
         std::uint32_t category = slot.category.load(std::memory_order_relaxed);
+        if (timeNs - mStartNs >= ShortLifeNs)
+            mProgramCounters.look(mSpool, i, tid, category, works, timeNs);
         // A thread beside the main one that no wrapper sees waiting and that uses no processor waits for
         // work by a call of its own, as the helper threads of MPI libraries do: it doesn't compute.
         if (category == spool::PthreadCompute && !works)
@@ -143,6 +159,18 @@ void Watcher::readFigures(std::uint64_t timeNs)
     if (const double load = mNode.loadAveragePercent(mCores); load >= 0.0)
         mSpool.addReading(spool::FigureLoadAveragePercent, fromNs, timeNs, load);
     mSpool.header().samplerCpuNs = mEarlierCpuNs + process::ownCpuNs();
+}
+
+void Watcher::readPower(std::uint64_t timeNs)
+{
+    const PowerFigures::Watts watts = mPower.read(timeNs);
+    if (watts.cpu >= 0.0)
+        mSpool.addReading(spool::FigureCpuPower, mPowerNs, timeNs, watts.cpu);
+    if (watts.system >= 0.0)
+        mSpool.addReading(spool::FigureSystemPower, mPowerNs, timeNs, watts.system);
+    mSpool.header().cpuPowerState = mPower.cpuState();
+    mSpool.header().systemPowerState = mPower.systemState();
+    mPowerNs = timeNs;
 }
 
 void Watcher::updateHeader(std::uint64_t timeNs)

@@ -4,7 +4,9 @@
 #include "core/spool.h"
 #include "core/threadregistry.h"
 #include "metrics/nodefigures.h"
+#include "metrics/powerfigures.h"
 #include "metrics/processfigures.h"
+#include "metrics/programcounters.h"
 
 #include <cstdint>
 
@@ -38,17 +40,21 @@ private:
     bool hasWorked(std::uint32_t index, std::int32_t tid, std::uint64_t passedNs);
     void lookAtThreads(std::uint64_t timeNs);
     void readFigures(std::uint64_t timeNs);
+    void readPower(std::uint64_t timeNs);
     void updateHeader(std::uint64_t timeNs);
 
     Spool mSpool;
     node::Cores mCores{};
     node::Figures mNode;
     process::Figures mProcess;
+    PowerFigures mPower;
+    ProgramCounters mProgramCounters;
     process::Counters mCounted{}; // at mFiguresNs
     std::uint64_t mStartNs = 0; // CLOCK_REALTIME
     std::uint64_t mStartMonotonicNs = 0;
     std::uint64_t mLookNs = 0; // time of the last look
     std::uint64_t mFiguresNs = 0; // time of the last reading
+    std::uint64_t mPowerNs = 0; // likewise, of the sensors
     std::uint64_t mEarlierCpuNs = 0; // of earlier sampling threads of this process
     std::uint64_t mTicks = 0;
     bool mHasBegun = false;

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -201,6 +202,31 @@ TEST(SpoolMetrics, FiguresThatAreNoNumbersArePassedOver)
     const ProfilerData profile = folder.merge();
     EXPECT_EQ(at(profile, METRIC_RSS, 0).mean, 5);
     EXPECT_EQ(at(profile, METRIC_RSS, 1).count, 0);
+}
+
+TEST(SpoolMetrics, EnergyIsThePowerOfEachNodeByTheTimeOfItsSamples)
+{
+    SpoolFolder folder;
+    const auto add = [&](int rank, const char *host, double watts) {
+        folder.add(SpoolWriter(0, 400, 100).rank(rank, 3).host(host).figure(spool::FigureCpuPower, watts));
+    };
+    add(0, "node1.example", 100);
+    add(1, "node2.example", 50);
+    add(2, "node1.example", 100);
+    const ProfilerData profile = folder.merge();
+    EXPECT_DOUBLE_EQ(at(profile, METRIC_RAPL_POWER, 0).sum, 150) << "once for each node";
+    EXPECT_NEAR(at(profile, METRIC_RAPL_ENERGY, 0).sum, 15, 1e-9) << "joules";
+    EXPECT_NEAR(at(profile, METRIC_RAPL_ENERGY, 3).sum, 60, 1e-9);
+    EXPECT_NEAR(profile.metric(METRIC_RAPL_ENERGY).exactSum().to_double(), 60, 1e-9);
+}
+
+TEST(SpoolMetrics, ProgramCountersThatAreRefusedSayWhoCanHelp)
+{
+    SpoolFolder folder;
+    SpoolWriter writer(0, 100, 100);
+    writer.header.counterError = EACCES;
+    folder.add(writer);
+    EXPECT_TRUE(folder.merge().getFirstMetricError(METRIC_INSTR_MEM).startsWith("Requires permission"));
 }
 
 TEST(SpoolMetrics, PowerIsThereWithItsReasonAndTheBudgetIsNot)

@@ -40,7 +40,7 @@ const BadSpool BadSpools[] = {
     {"PartOfTheHeader", [] { return soundSpool().bytes().left(200); }, "too short to be a spool"},
     {"HeaderWithoutBins", [] { return soundSpool().bytes().left(sizeof(Header)); }, "truncated"},
     {"PartOfTheLastBin", [] { return soundSpool().bytes().chopped(1); }, "truncated"},
-    {"OtherFormatVersion", [] { return changed([](Header &h) { h.formatVersion = 2; }); },
+    {"OtherFormatVersion", [] { return changed([](Header &h) { ++h.formatVersion; }); },
         "written by a sampler of another version"},
     {"OtherSizeOfBins", [] { return changed([](Header &h) { h.binSize -= 8; }); },
         "written by a sampler of another version"},
@@ -59,6 +59,16 @@ const BadSpool BadSpools[] = {
             });
         },
         "damaged: more bins than there is room for"},
+    {"MoreCodeThanRoom",
+        [] { return changed([](Header &h) { h.codeBlockCount = fern::spool::MaxCodeBlocks + 1; }); },
+        "damaged: more program counters than there is room for"},
+    {"MoreProgramCountersThanRoom",
+        [] {
+            return changed([](Header &h) { h.programCounterCount = fern::spool::MaxProgramCounters + 1; });
+        },
+        "damaged: more program counters than there is room for"},
+    {"ProgramCountersBehindTheEndOfTheFile",
+        [] { return changed([](Header &h) { h.programCounterCount = 1; }); }, "truncated"},
     {"NoInterval", [] { return changed([](Header &h) { h.intervalNs = 0; }); }, "damaged: impossible times"},
     {"EndlessInterval",
         [] { return changed([](Header &h) { h.intervalNs = std::numeric_limits<std::uint64_t>::max(); }); },

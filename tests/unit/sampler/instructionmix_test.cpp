@@ -1,0 +1,68 @@
+// The instruction mix that a profile shows is that of the program's listing.
+
+#include "job.h"
+
+#include "profile/profilerdata.h"
+#include "profile/spoolmerger.h"
+
+#include "qtprinters.h"
+
+#include <gtest/gtest.h>
+
+#include <numeric>
+
+namespace {
+
+constexpr double Points = 5.0;
+constexpr int NotOnThisMachine = 77;
+
+QString firstReason(const ProfilerData &profile)
+{
+    return profile.getFirstMetricError(METRIC_INSTR_INT);
+}
+
+ProfilerData profileOf(const Folder &folder)
+{
+    ProfilerData profile;
+    EXPECT_TRUE(mergeSpools(QString::fromStdString(folder.path()), &profile, nullptr));
+    return profile;
+}
+
+class Listing : public testing::TestWithParam<const char *> { };
+
+TEST_P(Listing, AgreesWithTheSampledMix)
+{
+    const Folder folder;
+    const Outcome outcome = run({client("loops"), GetParam(), "1.5"}, samplingInto(folder.path()));
+    if (WEXITSTATUS(outcome.status) == NotOnThisMachine)
+        GTEST_SKIP() << "the loops are written for another machine";
+    ASSERT_EQ(outcome.status, 0) << outcome;
+    std::map<std::string, double> listing = numbersIn(outcome.output);
+    const double all = std::accumulate(
+        listing.begin(), listing.end(), 0.0, [](double sum, const auto &kind) { return sum + kind.second; });
+    const ProfilerData profile = profileOf(folder);
+    if (firstReason(profile).startsWith("Requires") || firstReason(profile).startsWith("Not supported"))
+        GTEST_SKIP() << qPrintable(firstReason(profile));
+
+    const auto expect = [&](const QString &metric, double count) {
+        EXPECT_NEAR(profile.getMetricOrEmpty(metric).mean().to_double(), 100.0 * count / all, Points)
+            << qPrintable(metric);
+    };
+    expect(METRIC_INSTR_VECTOR_FP, listing["vectorFp"]);
+    expect(METRIC_INSTR_VECTOR_INT, listing["vectorInt"]);
+    expect(METRIC_INSTR_FP, listing["scalarFp"] + listing["vectorFp"]);
+    expect(METRIC_INSTR_INT, listing["scalarInt"] + listing["vectorInt"]);
+    expect(METRIC_INSTR_MEM, listing["memory"]);
+}
+
+INSTANTIATE_TEST_SUITE_P(Loops, Listing,
+    testing::Values(
+        "scalar-fp", "vector-fp", "scalar-int", "vector-int", "chase", "copy", "branchy", "lengthy"),
+    [](const auto &row) {
+        std::string name = row.param;
+        for (char &c : name)
+            c = c == '-' ? '_' : c;
+        return name;
+    });
+
+} // namespace
