@@ -65,4 +65,27 @@ INSTANTIATE_TEST_SUITE_P(Loops, Listing,
         return name;
     });
 
+TEST(ProgramCounters, ThatAreRefusedLeaveAReason)
+{
+    const Folder folder;
+    const Outcome outcome
+        = run({client("sandbox"), "refuse", client("loops"), "copy", "0.5"}, samplingInto(folder.path()));
+    if (WEXITSTATUS(outcome.status) == NotOnThisMachine)
+        GTEST_SKIP() << "no filters of system calls here";
+    ASSERT_EQ(outcome.status, 0) << outcome;
+    const ProfilerData profile = profileOf(folder);
+    EXPECT_TRUE(firstReason(profile).startsWith("Requires permission")) << qPrintable(firstReason(profile));
+    EXPECT_FALSE(profile.getMetricOrEmpty(METRIC_INSTR_INT).isDefined());
+}
+
+TEST(ProgramCounters, ArentAskedForInAProgramThatShutItselfIn)
+{
+    const Folder folder;
+    const Outcome outcome = run({client("sandbox"), "shutin"}, samplingInto(folder.path()));
+    if (WEXITSTATUS(outcome.status) == NotOnThisMachine)
+        GTEST_SKIP() << "no filters of system calls here";
+    EXPECT_EQ(outcome.status, 0) << outcome;
+    EXPECT_EQ(outcome.output, "alive\n");
+}
+
 } // namespace
