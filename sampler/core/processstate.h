@@ -13,6 +13,7 @@ struct ProcessState {
     std::atomic<std::uint32_t> flags; // spool::HeaderFlag
     std::atomic<std::int32_t> mpiRank;
     std::atomic<std::int32_t> mpiSize;
+    std::atomic<std::int32_t> ompThreads; // that OpenMP takes for a region; 0 before the first one
 };
 
 extern ProcessState processState;

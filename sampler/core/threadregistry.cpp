@@ -40,6 +40,22 @@ std::uint64_t missedThreads()
     return missed.load(std::memory_order_relaxed);
 }
 
+std::uint16_t indexOf(const Slot &slot)
+{
+    return static_cast<std::uint16_t>(&slot - slots);
+}
+
+spool::Category categoryOf(const Slot &slot)
+{
+    const std::uint32_t category = slot.category.load(std::memory_order_relaxed);
+    if (category != Slot::WaitsInTeam)
+        return static_cast<spool::Category>(category);
+    const Slot &master = slots[slot.team.load(std::memory_order_relaxed)];
+    const bool isInRegion = master.regionsLeft.load(std::memory_order_relaxed)
+        == slot.teamRegion.load(std::memory_order_relaxed);
+    return isInRegion ? spool::OpenMpRuntimeInRegion : spool::OpenMpRuntimeOutOfRegion;
+}
+
 void adoptMainThread()
 {
     Slot &slot = slots[0];

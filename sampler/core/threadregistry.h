@@ -19,15 +19,23 @@ struct alignas(64) Slot {
     static constexpr std::int32_t Free = 0;
     static constexpr std::int32_t Claimed = -1; // the thread is being created
 
+    // In place of a category: the thread, of an OpenMP team, waits there for work. Whether that is inside or
+    // outside of a parallel region depends on whether the team's master has left the region meanwhile.
+    static constexpr std::uint32_t WaitsInTeam = 100;
+
     std::atomic<std::int32_t> tid; // of a living thread, or one of the above
     std::atomic<std::uint32_t> category; // spool::Category
     std::uint32_t ownCategory; // what the thread does when no wrapper is active
+    std::atomic<std::uint32_t> regionsLeft; // OpenMP regions that this thread began and has left
     // Counted since the process began by all threads that ever had this slot.
     std::atomic<std::uint64_t> mpiCollectiveBytes;
     std::atomic<std::uint64_t> mpiPointToPointBytes;
     // Handed from the creator to the new thread.
     void *(*routine)(void *);
     void *argument;
+    std::atomic<std::uint32_t> teamRegion; // OpenMP: the master's regionsLeft when the thread's region began
+    std::atomic<std::uint16_t> team; // slot of the master
+    bool isInBarrier; // only the thread itself looks
 };
 
 static_assert(sizeof(Slot) == 64);
@@ -46,6 +54,10 @@ std::uint32_t usedSlots();
 // Most threads alive at a time, and threads that found no free slot.
 std::uint32_t mostThreads();
 std::uint64_t missedThreads();
+
+std::uint16_t indexOf(const Slot &slot);
+// What the thread of a slot is doing, for who looks from outside.
+spool::Category categoryOf(const Slot &slot);
 
 // Gives the calling thread, the process's main one, the first slot.
 void adoptMainThread();

@@ -117,7 +117,7 @@ void Watcher::lookAtThreads(std::uint64_t timeNs)
             continue;
         const bool works = hasWorked(i, tid, passedNs);
         const bool isMain = i == 0;
-        std::uint32_t category = slot.category.load(std::memory_order_relaxed);
+        std::uint32_t category = registry::categoryOf(slot);
         if (timeNs - mStartNs >= ShortLifeNs)
             mProgramCounters.look(mSpool, i, tid, category, works, timeNs);
         // A thread beside the main one that no wrapper sees waiting and that uses no processor waits for
@@ -129,7 +129,8 @@ void Watcher::lookAtThreads(std::uint64_t timeNs)
             ++(isMain ? bin.mainActiveHits : bin.otherActiveHits)[category];
         if (isMain && !othersWork)
             ++bin.mainAloneHits[category];
-        othersWork = othersWork || works;
+        // Turning in circles until there is work is none.
+        othersWork = othersWork || (works && category != spool::OpenMpRuntimeOutOfRegion);
     }
 }
 
@@ -179,6 +180,8 @@ void Watcher::updateHeader(std::uint64_t timeNs)
     header.flags = processState.flags.load(std::memory_order_relaxed);
     header.mpiRank = processState.mpiRank.load(std::memory_order_relaxed);
     header.mpiSize = processState.mpiSize.load(std::memory_order_relaxed);
+    if (const std::int32_t threads = processState.ompThreads.load(std::memory_order_relaxed); threads > 0)
+        header.ompNumThreads = threads;
     header.maxThreads = static_cast<std::int32_t>(registry::mostThreads());
     header.threadsMissed = registry::missedThreads();
     header.lastNs = timeNs;

@@ -5,11 +5,11 @@
 // pointers in one implementation and integers in the other, and both calling conventions that we know
 // (x86-64, AAPCS64) pass either as one word.
 
-#include <cstdint>
+#include "core/words.h"
 
 namespace fern::mpi {
 
-using Word = std::intptr_t;
+using fern::Word;
 using Function = void (*)();
 
 // A function of the MPI library. Libraries that were loaded by dlopen() with local scope are found through

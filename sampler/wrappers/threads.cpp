@@ -1,6 +1,7 @@
 #include "wrappers/threads.h"
 
 #include "core/threadregistry.h"
+#include "openmp/team.h"
 #include "wrappers/hooks.h"
 
 #include <atomic>
@@ -66,7 +67,16 @@ bool isMadeByMpi()
 // A slot for a thread that is about to be made; nullptr if it is to run as if we weren't there.
 Slot *slotForNewThread()
 {
-    return hasEndKey.load(std::memory_order_acquire) && !isMadeByMpi() ? registry::claim() : nullptr;
+    if (!hasEndKey.load(std::memory_order_acquire) || isMadeByMpi())
+        return nullptr;
+    Slot *slot = registry::claim();
+    // GCC's OpenMP runtime makes its threads when a region begins.
+    if (slot != nullptr && currentSlot != nullptr
+        && currentSlot->category.load(std::memory_order_relaxed) == spool::OpenMpRuntimeInRegion) {
+        openmp::joinTeam(*slot, openmp::nextRegion(currentSlot));
+        slot->ownCategory = Slot::WaitsInTeam;
+    }
+    return slot;
 }
 
 } // namespace fern::threads

@@ -23,6 +23,7 @@ Names sorted(Names names)
 Names wrappedCalls()
 {
     Names names{
+        "ompt_start_tool",
 #define FERN_CALL(result, name, parameters, arguments, category, condition) #name,
 #define FERN_ALONE(result, name, parameters, arguments) #name,
 #define FERN_SPECIAL(result, name, parameters) #name,
@@ -33,6 +34,10 @@ Names wrappedCalls()
 #define FERN_MPI_SPECIAL(Name, name, words, fortranWords)                                                    \
     "MPI_" #Name, "mpi_" #name "_", "mpi_" #name "_f08_",
 #include "mpi/mpicalls.def"
+#define FERN_GOMP_REGION(name, words) #name,
+#define FERN_GOMP_TASKS(name, words) #name,
+#define FERN_GOMP_RUNTIME(name, words) #name,
+#include "openmp/gompcalls.def"
     };
     return sorted(names);
 }

@@ -1,0 +1,12 @@
+#ifndef SAMPLER_OPENMP_OMPT_H
+#define SAMPLER_OPENMP_OMPT_H
+
+namespace fern::openmp {
+
+// Whether an OpenMP runtime has taken the sampler as its tool: then it tells us what it does, by the tools
+// interface of OpenMP 5, and the wrappers of GCC's names, which such runtimes have too, are silent.
+bool isToolActive();
+
+} // namespace fern::openmp
+
+#endif

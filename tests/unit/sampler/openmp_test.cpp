@@ -1,0 +1,70 @@
+// OpenMP: what two threads measured of themselves, with GCC's runtime and with one that has the interface for
+// tools.
+
+#include "job.h"
+#include "spoolfile.h"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr double Points = 5.0;
+
+class OpenMp : public testing::TestWithParam<const char *> {
+protected:
+    static std::string program() { return client(std::string("openmp-") + GetParam()); }
+};
+
+// Seconds as percent of their sum.
+using Shares = std::map<spool::Category, double>;
+
+void check(const Hits &hits, const Shares &seconds)
+{
+    double whole = 0.0;
+    for (const auto &share : seconds)
+        whole += share.second;
+    for (const auto &[category, share] : seconds)
+        EXPECT_NEAR(percent(hits, category), 100.0 * share / whole, Points) << "category " << category;
+}
+
+} // namespace
+
+TEST_P(OpenMp, ComputingWaitingAndIdlingAreToldApart)
+{
+    if (access(program().c_str(), X_OK) != 0)
+        GTEST_SKIP() << "Requires an OpenMP runtime, " << GetParam();
+    const Folder folder;
+    Environment environment = samplingInto(folder.path());
+    environment["OMP_NUM_THREADS"] = "7";
+    const Outcome outcome = run({program()}, environment);
+    ASSERT_EQ(outcome.status, 0) << outcome;
+    EXPECT_EQ(outcome.errors, "");
+    std::map<std::string, double> seconds = numbersIn(outcome.output);
+    const std::vector<SpoolFile> spools = spoolsIn(folder.path());
+    ASSERT_EQ(spools.size(), 1U);
+    const SpoolFile &spool = spools.front();
+    const spool::Bin total = spool.total();
+    EXPECT_EQ(spool.header().ompNumThreads, 7);
+    {
+        SCOPED_TRACE("main thread");
+        check(total.mainHits,
+            {{spool::OpenMp, seconds["main.compute"]},
+                {spool::OpenMpRuntimeInRegion, seconds["main.runtime"]},
+                {spool::Compute, seconds["main.serial"]}});
+    }
+    {
+        SCOPED_TRACE("other thread");
+        check(total.otherHits,
+            {{spool::OpenMp, seconds["other.compute"]},
+                {spool::OpenMpRuntimeInRegion, seconds["other.runtime"]},
+                {spool::OpenMpRuntimeOutOfRegion, seconds["other.idle"]}});
+    }
+    // Nobody else works while the main thread computes alone; a look may find one thread before and the other
+    // one after a region's end.
+    EXPECT_NEAR(total.mainAloneHits[spool::Compute], total.mainHits[spool::Compute], 3);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sampler, OpenMp, testing::Values("gcc", "llvm"),
+    [](const testing::TestParamInfo<const char *> &row) { return std::string(row.param); });
