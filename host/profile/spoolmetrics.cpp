@@ -1,11 +1,12 @@
 #include "profile/spoolmetrics.h"
 
+#include "core/environment.h"
+#include "profile/metricreasons.h"
 #include "profile/profilerdata.h"
 
 #include <QCoreApplication>
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 
 using fern::spool::Bin;
@@ -87,55 +88,6 @@ void collect(StatisticsCollector &collector, const Figure &gauge)
     if (wasRead(gauge)) {
         collector.add(gauge.sum / static_cast<double>(gauge.count), gauge.minimum, gauge.maximum);
     }
-}
-
-// Why there are no program counters, by the error number that the kernel gave.
-const char *counterReason(int error)
-{
-    switch (error) {
-    case 0:
-        return QT_TRANSLATE_NOOP("SpoolMetrics", "Not enough time was spent computing to say anything.");
-    case EPERM:
-    case EACCES:
-        return QT_TRANSLATE_NOOP("SpoolMetrics",
-            "Requires permission to sample program counters: kernel.perf_event_paranoid at 2 or below, and a "
-            "container that doesn't forbid perf_event_open.");
-    case EMFILE:
-    case ENOMEM:
-        return QT_TRANSLATE_NOOP(
-            "SpoolMetrics", "Requires a higher limit of open files or kernel.perf_event_mlock_kb.");
-    default:
-        return QT_TRANSLATE_NOOP("SpoolMetrics", "Not supported on this system, which has no perf events.");
-    }
-}
-
-constexpr const char *TooShort
-    = QT_TRANSLATE_NOOP("SpoolMetrics", "Not enough time passed to read the sensors.");
-
-const char *cpuPowerReason(quint32 state)
-{
-    if (state == fern::spool::SensorUnknown || state == fern::spool::SensorRead) {
-        return TooShort;
-    }
-    return state == fern::spool::SensorRefused
-        ? QT_TRANSLATE_NOOP("SpoolMetrics",
-            "Requires permission to read energy_uj in /sys/class/powercap/intel-rapl:*, which an "
-            "administrator "
-            "can give.")
-        : QT_TRANSLATE_NOOP("SpoolMetrics",
-            "Not supported on this system, which has no energy counters in /sys/class/powercap.");
-}
-
-const char *systemPowerReason(quint32 state)
-{
-    if (state == fern::spool::SensorUnknown || state == fern::spool::SensorRead) {
-        return TooShort;
-    }
-    return state == fern::spool::SensorRefused
-        ? QT_TRANSLATE_NOOP("SpoolMetrics", "Requires permission to read the node's power meter.")
-        : QT_TRANSLATE_NOOP("SpoolMetrics",
-            "Not supported on this system, which has no power meter in /sys/cray/pm_counters or "
-            "/sys/class/hwmon.");
 }
 
 void storeStatic(ProfilerData *profile, const QString &id, const StatisticsCollector &collector)
@@ -220,12 +172,36 @@ void SpoolMetrics::store(ProfilerData *profile)
             profile, rows()[row].metric, mCollected[row].wholeRun, mCollected[row].series, reasonFor(row));
     }
     storeCollected(profile, METRIC_RAPL_ENERGY, mCpuEnergy.wholeRun, mCpuEnergy.series,
-        sentence(cpuPowerReason(mCpuPowerState)));
+        MetricReasons::cpuPower(mCpuPowerState));
     storeCollected(profile, METRIC_SYSTEM_ENERGY, mSystemEnergy.wholeRun, mSystemEnergy.series,
-        sentence(systemPowerReason(mSystemPowerState)));
+        MetricReasons::systemPower(mSystemPowerState));
     storeStatic(profile, METRIC_NUM_CORES_PER_NODE, mLogicalCores);
     storeStatic(profile, METRIC_NUM_PHYSICAL_CORES_PER_NODE, mPhysicalCores);
     storeStatic(profile, METRIC_MEMORY_PER_NODE, mMemory);
+    storeBudget(profile);
+}
+
+// The site's configuration says what power a node may use; without it there is no such metric.
+void SpoolMetrics::storeBudget(ProfilerData *profile) const
+{
+    const QString text = brivane::environmentString("POWER_BUDGET");
+    if (text.isEmpty()) {
+        return;
+    }
+    bool isNumber = false;
+    const double watts = text.toDouble(&isNumber);
+    StatisticsCollector budget;
+    for (int node = 0; node < mNodes && isNumber && watts > 0 && std::isfinite(watts); ++node) {
+        budget.add(watts);
+    }
+    MetricRecord record;
+    record.definition = MetricDefinitions::describe(METRIC_BUDGETED_POWER);
+    record.wholeRun = budget.statistics();
+    if (record.wholeRun.count == 0) {
+        record.errors.append(sentence(QT_TRANSLATE_NOOP(
+            "SpoolMetrics", "Requires a number of watts for a node in FERN_POWER_BUDGET.")));
+    }
+    profile->setMetric(record);
 }
 
 // What to tell a user where no process could read a figure.
@@ -236,13 +212,13 @@ QString SpoolMetrics::reasonFor(int row) const
     }
     const auto figure = static_cast<fern::spool::FigureId>(rows()[row].figure);
     if (figure >= fern::spool::FigureInstrVectorFp && figure <= fern::spool::FigureInstrMemory) {
-        return sentence(counterReason(mCounterError));
+        return MetricReasons::programCounters(mCounterError);
     }
     if (figure == fern::spool::FigureCpuPower) {
-        return sentence(cpuPowerReason(mCpuPowerState));
+        return MetricReasons::cpuPower(mCpuPowerState);
     }
     if (figure == fern::spool::FigureSystemPower) {
-        return sentence(systemPowerReason(mSystemPowerState));
+        return MetricReasons::systemPower(mSystemPowerState);
     }
     return sentence(rows()[row].whyNot);
 }
@@ -356,5 +332,6 @@ void SpoolMetrics::endNode()
     if (mNode.memory > 0) {
         mMemory.add(static_cast<double>(mNode.memory));
     }
+    ++mNodes;
     mInNode = false;
 }

@@ -46,6 +46,7 @@ private:
     void addGauge(Collected &metric, const Figures &figures) const;
     void addRate(Collected &metric, const Figures &figures, const SpoolProcess &process, int row) const;
     void addTotal(Collected &metric, const Figures &figures, const SpoolProcess &process) const;
+    void storeBudget(ProfilerData *profile) const;
     void beginNode(const SpoolProcess &process);
     void endNode();
 
@@ -58,6 +59,7 @@ private:
     StatisticsCollector mMemory;
     Node mNode;
     bool mInNode = false;
+    int mNodes = 0;
     quint64 mTicks = 0;
     int mCounterError = 0; // of any process, as the two that follow
     quint32 mCpuPowerState = 0;

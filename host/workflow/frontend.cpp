@@ -3,6 +3,7 @@
 #include "cli/argparser.h"
 #include "cli/fernandquillonreportcommonargs.h"
 #include "profile/metricdefinitions.h"
+#include "profile/metricreasons.h"
 #include "workflow/argumentapplier.h"
 #include "workflow/brivanetool.h"
 #include "workflow/configfile.h"
@@ -43,8 +44,12 @@ QString metricList()
 {
     QString text;
     const MetricDefinitions definitions = MetricDefinitions::ofSampler();
-    for (const Metric &metric : definitions.getAllMetrics())
+    for (const Metric &metric : definitions.getAllMetrics()) {
         text += QStringLiteral("%1\n    %2\n").arg(metric.id, metric.description);
+        const QString whyNot = MetricReasons::onThisMachine(metric.id);
+        if (!whyNot.isEmpty())
+            text += QStringLiteral("    %1\n").arg(whyNot);
+    }
     return text;
 }
 

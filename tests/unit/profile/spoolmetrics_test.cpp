@@ -220,6 +220,23 @@ TEST(SpoolMetrics, EnergyIsThePowerOfEachNodeByTheTimeOfItsSamples)
     EXPECT_NEAR(profile.metric(METRIC_RAPL_ENERGY).exactSum().to_double(), 60, 1e-9);
 }
 
+TEST(SpoolMetrics, PowerBudgetIsThatOfTheSiteForEachNode)
+{
+    SpoolFolder folder;
+    folder.add(SpoolWriter(0, 100, 100).rank(0, 2).host("node1.example"));
+    folder.add(SpoolWriter(0, 100, 100).rank(1, 2).host("node2.example"));
+    qputenv("FERN_POWER_BUDGET", "350.5");
+    const ProfilerData profile = folder.merge();
+    qputenv("FERN_POWER_BUDGET", "plenty");
+    const ProfilerData wrong = folder.merge();
+    qunsetenv("FERN_POWER_BUDGET");
+    EXPECT_DOUBLE_EQ(profile.metric(METRIC_BUDGETED_POWER).exactSum().to_double(), 701);
+    EXPECT_TRUE(profile.hasMetricNoErrors(METRIC_BUDGETED_POWER));
+    EXPECT_EQ(wrong.getFirstMetricError(METRIC_BUDGETED_POWER),
+        "Requires a number of watts for a node in FERN_POWER_BUDGET.");
+    EXPECT_FALSE(folder.merge().hasMetric(METRIC_BUDGETED_POWER));
+}
+
 TEST(SpoolMetrics, ProgramCountersThatAreRefusedSayWhoCanHelp)
 {
     SpoolFolder folder;

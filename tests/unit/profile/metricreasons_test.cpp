@@ -1,0 +1,74 @@
+// Why a machine can't deliver a metric.
+
+#include "profile/metricids.h"
+#include "profile/metricreasons.h"
+
+#include "qtprinters.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+namespace {
+
+class MetricReasonsOfAMachine : public testing::Test {
+protected:
+    void write(const QString &path, const QByteArray &text) const
+    {
+        const QString file = mSysfs.filePath(path);
+        QDir().mkpath(QFileInfo(file).path());
+        QFile output(file);
+        ASSERT_TRUE(output.open(QIODevice::WriteOnly));
+        output.write(text);
+    }
+    QString reason(const QString &metric) const
+    {
+        return MetricReasons::onThisMachine(metric, mSysfs.path());
+    }
+
+private:
+    QTemporaryDir mSysfs;
+};
+
+TEST_F(MetricReasonsOfAMachine, AreThereWithoutSensors)
+{
+    EXPECT_TRUE(reason(METRIC_RAPL_POWER).startsWith("Not supported"));
+    EXPECT_TRUE(reason(METRIC_RAPL_ENERGY).startsWith("Not supported"));
+    EXPECT_TRUE(reason(METRIC_SYSTEM_POWER).startsWith("Not supported"));
+    EXPECT_TRUE(reason(METRIC_SYSTEM_ENERGY).startsWith("Not supported"));
+    EXPECT_TRUE(reason(METRIC_RSS).isNull());
+}
+
+TEST_F(MetricReasonsOfAMachine, ArentThereWithSensors)
+{
+    write("class/powercap/intel-rapl:0/name", "package-0\n");
+    write("class/powercap/intel-rapl:0/energy_uj", "1\n");
+    write("class/hwmon/hwmon3/name", "power_meter\n");
+    write("class/hwmon/hwmon3/power1_average", "1\n");
+    EXPECT_TRUE(reason(METRIC_RAPL_POWER).isNull());
+    EXPECT_TRUE(reason(METRIC_SYSTEM_POWER).isNull());
+}
+
+TEST_F(MetricReasonsOfAMachine, DontTakeAnyMeterForTheNodesOwn)
+{
+    write("class/powercap/intel-rapl:0/name", "psys\n");
+    write("class/powercap/intel-rapl:0/energy_uj", "1\n");
+    write("class/hwmon/hwmon0/name", "gpu\n");
+    write("class/hwmon/hwmon0/power1_average", "1\n");
+    EXPECT_FALSE(reason(METRIC_RAPL_POWER).isNull());
+    EXPECT_FALSE(reason(METRIC_SYSTEM_POWER).isNull());
+}
+
+TEST(MetricReasons, SayWhatTheUserCanDo)
+{
+    EXPECT_TRUE(MetricReasons::programCounters(EACCES).startsWith("Requires permission"));
+    EXPECT_TRUE(MetricReasons::programCounters(EPERM).contains("kernel.perf_event_paranoid"));
+    EXPECT_TRUE(MetricReasons::programCounters(ENOSYS).startsWith("Not supported"));
+    EXPECT_TRUE(MetricReasons::programCounters(EMFILE).startsWith("Requires"));
+}
+
+} // namespace
