@@ -7,7 +7,6 @@
 #include <QDir>
 #include <QFile>
 
-#include <algorithm>
 #include <cerrno>
 
 #include <linux/perf_event.h>
@@ -55,14 +54,15 @@ quint32 stateOf(const QString &path)
     return file.exists() ? SensorRefused : SensorAbsent;
 }
 
+// A sum that lacks a package would be wrong: one that is refused is enough.
 quint32 cpuPowerState(const QString &sysfs)
 {
     quint32 state = SensorAbsent;
     const QDir zones(sysfs + QLatin1String("/class/powercap"));
     for (const QString &zone : zones.entryList({QStringLiteral("intel-rapl:*")}, QDir::Dirs)) {
         const QString folder = zones.filePath(zone) + QLatin1Char('/');
-        if (startsWith(folder + QLatin1String("name"), "package"))
-            state = std::max(state, stateOf(folder + QLatin1String("energy_uj")));
+        if (state != SensorRefused && startsWith(folder + QLatin1String("name"), "package"))
+            state = stateOf(folder + QLatin1String("energy_uj"));
     }
     return state;
 }
