@@ -8,7 +8,7 @@ Portal *Portal::getInstance()
     return &portal;
 }
 
-SystemInfo PortalUtils::getSystemInfo() const
+PortalUtils::PortalUtils()
+    : mSystemInfo(QSysInfo::currentCpuArchitecture())
 {
-    return SystemInfo(QSysInfo::currentCpuArchitecture());
 }

@@ -10,7 +10,14 @@
 // What the host can do at the place where the job runs.
 class BRIVANE_HOST_EXPORT PortalUtils {
 public:
-    SystemInfo getSystemInfo() const;
+    PortalUtils();
+
+    SystemInfo getSystemInfo() const { return mSystemInfo; }
+    // Where the job runs on another machine than this one.
+    void setSystemInfo(const SystemInfo &systemInfo) { mSystemInfo = systemInfo; }
+
+private:
+    SystemInfo mSystemInfo;
 };
 
 // The way to the place where the job runs and its profile is handled. Here that place is this machine, so
