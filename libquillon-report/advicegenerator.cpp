@@ -143,8 +143,7 @@ bool serialCodeIsDominant(const PerformanceData &data)
 
 bool serialCodeIsHigh(const PerformanceData &data)
 {
-    return data.isOpenMP && data.singleCorePercent < 99 && !(data.singleCorePercent > 50)
-        && data.singleCorePercent > 10;
+    return data.isOpenMP && !(data.singleCorePercent > 50) && data.singleCorePercent > 10;
 }
 
 bool vectorInstructionsAreUnused(const PerformanceData &data)

@@ -410,6 +410,7 @@ TEST(TrappedOverview, OfASmallGainSaysWhereItIsAllTheSame)
         });
     };
     const std::string where = lookFirst("thread synchronisation", threadsSection);
+    EXPECT_EQ(gain(0.5), balanced + " " + where);
     EXPECT_EQ(gain(3), balanced + " " + where);
     EXPECT_EQ(gain(4.9), balanced + " " + where);
     EXPECT_EQ(gain(5), where);
@@ -604,6 +605,15 @@ TEST(TrappedOverview, NamesOnlyThePlaceThatHasAGain)
 {
     EXPECT_EQ(places([](PerformanceData &job) { job.threadsSync = 20; }),
         lookFirst("thread synchronisation", threadsSection));
+    // As little as half a percent is one.
+    EXPECT_EQ(places([](PerformanceData &job) {
+        job.threadsSync = 20;
+        job.enableAccPackMetrics = true;
+        job.avgGPUsInUse = 99.5;
+    })
+                  .find(lookFirst("thread synchronisation", threadsSection)
+                      + lookThen("accelerator usage", accelerators)),
+        0u);
 }
 
 // What stands behind the places to look at.
