@@ -140,6 +140,9 @@ bool JobLauncher::run(const QString &workFolder, const QString &spoolFolder, int
     }
     signals.setJob(pid);
     *exitStatus = waitForEnd(pid, &signals);
+    // Launchers of parallel jobs end as they like after Ctrl-C, with 0 even.
+    if (mForwarding != Forwarding::Inherited && signals.wasInterrupted())
+        *exitStatus = 128 + SIGINT;
     return true;
 }
 

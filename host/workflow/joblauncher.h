@@ -31,7 +31,8 @@ public:
 
     // Runs the job to its end; to be called after prepare(). False, with a sentence in `error` and what to
     // exit with in `exitStatus`, if it could not be started. Otherwise `exitStatus` is the job's own, or
-    // 128 plus the number of the signal that killed it.
+    // 128 plus the number of the signal that killed it, or that of SIGINT where one came while a launcher of
+    // parallel jobs ran.
     //
     // Processes of the job leave their spools in `spoolFolder`; `workFolder` is a private folder for what
     // else the launch needs. Both must outlive the job.

@@ -15,10 +15,13 @@ constexpr Row Signals[] = {{SIGINT, false}, {SIGQUIT, false}, {SIGTERM, true}, {
 // What the handlers work on. Lock-free, as only that may be touched in a handler.
 std::atomic<pid_t> theJob{0};
 std::atomic<int> thePending{0};
+std::atomic<int> theInterrupts{0};
 static_assert(std::atomic<pid_t>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
 
-void ignoreHere(int)
+void noteOnly(int number)
 {
+    if (number == SIGINT)
+        theInterrupts = 1;
     // A handler rather than SIG_IGN: the job would inherit that.
 }
 
@@ -49,9 +52,10 @@ void install(int number, void (*handler)(int), struct sigaction *before)
 SignalForwarding::SignalForwarding()
 {
     thePending = 0;
+    theInterrupts = 0;
     int i = 0;
     for (const Row &row : Signals)
-        install(row.number, row.isPassedOn ? passOn : ignoreHere, &mBefore[i++]);
+        install(row.number, row.isPassedOn ? passOn : noteOnly, &mBefore[i++]);
     // Whoever started us may ignore the end of children, and then nobody learns how a child ended.
     struct sigaction standard = {};
     standard.sa_handler = SIG_DFL;
@@ -66,6 +70,11 @@ SignalForwarding::~SignalForwarding()
     for (const Row &row : Signals)
         ::sigaction(row.number, &mBefore[i++], nullptr);
     ::sigaction(SIGCHLD, &mBefore[i], nullptr);
+}
+
+bool SignalForwarding::wasInterrupted() const
+{
+    return theInterrupts != 0;
 }
 
 void SignalForwarding::setJob(pid_t pid)

@@ -19,6 +19,9 @@ public:
     // Names the process that gets the signals.
     void setJob(pid_t pid);
 
+    // Whether a SIGINT has come.
+    bool wasInterrupted() const;
+
 private:
     static constexpr int Count = 5;
     struct sigaction mBefore[Count];

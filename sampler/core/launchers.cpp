@@ -15,7 +15,8 @@ constexpr const char *Launchers[] = {
     "sh", "bash", "rbash", "dash", "zsh", "ksh", "ksh93", "mksh", "csh", "tcsh", "fish", "busybox",
     // Commands that run a command.
     "env", "time", "nohup", "nice", "ionice", "timeout", "taskset", "numactl", "xargs", "setsid", "stdbuf",
-    "chrt", "sudo", "su", "runuser", "setpriv", "unshare", "nsenter", "chroot", "flock", "watch"};
+    "chrt", "sudo", "su", "runuser", "setpriv", "unshare", "nsenter", "chroot", "flock", "watch", "make",
+    "gmake", "ninja", "parallel"};
 
 } // namespace
 

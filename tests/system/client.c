@@ -8,12 +8,14 @@
      touch FILE
      catch N STATUS end with a status when signal N comes
      raise N        send ourselves a signal
+     fork           go on as two processes; the first waits for the second at its end
      exit STATUS */
 #define _GNU_SOURCE
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -64,6 +66,7 @@ static const char *next(char ***word)
 int main(int argc, char **argv)
 {
     (void)argc;
+    int isParent = 0;
     char **word = argv + 1;
     while (*word) {
         const char *what = next(&word);
@@ -93,6 +96,8 @@ int main(int argc, char **argv)
             signal(number, endOnSignal);
         } else if (!strcmp(what, "raise")) {
             raise(atoi(next(&word)));
+        } else if (!strcmp(what, "fork")) {
+            isParent = fork() > 0;
         } else if (!strcmp(what, "exit")) {
             return atoi(next(&word));
         } else {
@@ -100,5 +105,7 @@ int main(int argc, char **argv)
             return 99;
         }
     }
+    if (isParent)
+        wait(NULL);
     return 0;
 }

@@ -1,0 +1,130 @@
+"""Options of the profile: metrics, samples, starts by hand; and the configuration file."""
+
+import sqlite3
+import subprocess
+import unittest
+
+from harness import CLIENT, FERN, QUILLON_REPORT, SystemTest
+
+
+class Options(SystemTest):
+    def query(self, name, text):
+        connection = sqlite3.connect(self.folder / name)
+        try:
+            return connection.execute(text).fetchall()
+        finally:
+            connection.close()
+
+    def samples(self, name):
+        return self.query(name, "SELECT count(*) FROM sample")[0][0]
+
+    def errors(self, name, metric):
+        return self.query(
+            name, f"SELECT text FROM metric_error JOIN metric USING (metric) WHERE id = '{metric}'"
+        )
+
+    def configure(self, text):
+        folder = self.root / "home" / ".config" / "brivane"
+        folder.mkdir(parents=True, exist_ok=True)
+        (folder / "fern.conf").write_text(text)
+        return str(folder / "fern.conf")
+
+    def test_fewer_samples(self):
+        self.assertExit(self.fern("--samples=4", "-o", "x.fern", CLIENT, "spin", "1"), 0)
+        self.assertLessEqual(self.samples("x.fern"), 4)
+        self.assertExit(self.fern("-o", "y.fern", CLIENT, "spin", "1"), 0)
+        self.assertGreater(self.samples("y.fern"), 20)
+
+    def test_first_interval(self):
+        self.assertExit(self.fern("--interval", "200", "-o", "x.fern", CLIENT, "spin", "1"), 0)
+        self.assertIn(self.samples("x.fern"), range(3, 9))
+
+    def test_numbers_out_of_range(self):
+        for words, complaint in (
+            (("--samples=1",), b"value '1' for --samples is no number from 2 to 1000"),
+            (("--interval=60001",), b"value '60001' for --interval is no number from 1 to 60000"),
+            (("--select-ranks=3-1",), b"value '3-1' for --select-ranks is no list of ranks"),
+            (("--disable-metrics=rsss",), b"unknown metric 'rsss'"),
+            (("--manual",), b"both --manual and a program are given"),
+        ):
+            with self.subTest(words=words):
+                result = self.fern(*words, CLIENT, "touch", "mark")
+                self.assertExit(result, 2)
+                self.assertTrue(result.stderr.startswith(complaint), result.stderr)
+                self.assertEqual(self.files(), [])
+
+    def test_what_has_no_meaning_for_a_profile(self):
+        self.assertExit(self.fern("-o", "x.fern", CLIENT), 0)
+        for word in ("--samples=5", "--interval=5", "--select-ranks=0", "--manual"):
+            with self.subTest(word=word):
+                result = self.quillon_report(word, "x.fern")
+                self.assertExit(result, 2)
+                self.assertIn(b"'x.fern' is loaded and no program run", result.stderr)
+
+    def test_disabled_metrics(self):
+        self.assertExit(self.fern("--disable-metrics=rss,load_avg", "-o", "x.fern", CLIENT, "spin", "0.3"), 0)
+        for metric in ("rss", "load_avg"):
+            self.assertEqual(self.errors("x.fern", metric), [("Disabled by the user.",)])
+        self.assertEqual(self.errors("x.fern", "node_mem_percent"), [])
+        result = self.quillon_report("--disable-metrics=rss", "-o", "x.json", CLIENT, "spin", "0.3")
+        self.assertExit(result, 0)
+        self.assertIn("Disabled by the user.", str(self.values("x.json")))
+
+    def test_metrics_of_a_profile_can_be_disabled(self):
+        self.assertExit(self.fern("-o", "x.fern", CLIENT, "spin", "0.3"), 0)
+        self.assertExit(self.quillon_report("--disable-metrics=rss", "-o", "x.json", "x.fern"), 0)
+        self.assertIn("Disabled by the user.", str(self.values("x.json")))
+
+    def test_configuration_and_what_prevails_over_it(self):
+        self.configure("[profile]\nsamples=4\ndisabled-metrics=rss, load_avg\n")
+        self.assertExit(self.fern("--enable-metrics=rss", "-o", "x.fern", CLIENT, "spin", "1"), 0)
+        self.assertLessEqual(self.samples("x.fern"), 4)
+        self.assertEqual(self.errors("x.fern", "rss"), [])
+        self.assertEqual(self.errors("x.fern", "load_avg"), [("Disabled by the user.",)])
+        self.assertExit(self.fern("--samples=1000", "-o", "x.fern", CLIENT, "spin", "1"), 0)
+        self.assertGreater(self.samples("x.fern"), 20)
+
+    def test_configuration_that_is_wrong(self):
+        for text, complaint in (
+            ("[profile]\nsamples=many\n", "value 'many' of profile/samples is no number from 2 to 1000"),
+            ("[launchers]\ncarrier=x\n", "nothing is known of launchers of the kind 'carrier'"),
+        ):
+            with self.subTest(text=text):
+                path = self.configure(text)
+                result = self.fern(CLIENT, "touch", "mark")
+                self.assertExit(result, 1)
+                self.assertEqual(result.stderr.decode(), f"fern: {path}: {complaint}\n")
+                self.assertEqual(self.files(), [])
+
+    def test_job_that_is_started_by_hand(self):
+        tool = subprocess.Popen(
+            [QUILLON_REPORT, "--manual", "-o", "x.json"],
+            cwd=self.folder, env=self.environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+        )
+        self.addCleanup(tool.wait)
+        self.addCleanup(tool.kill)
+        variables = {}
+        while len(variables) < 3:
+            name, value = tool.stdout.readline().decode().strip().removeprefix("export ").split("=", 1)
+            variables[name] = value
+        self.assertEqual(set(variables), {"LD_PRELOAD", "QUILLON_SAMPLER_SPOOL", "QUILLON_SAMPLER_EPOCH"})
+        self.assertExit(self.run_program(CLIENT, "spin", "0.4", **variables), 0)
+        _, messages = tool.communicate(b"\n", timeout=60)
+        self.assertEqual(tool.returncode, 0, messages)
+        self.assertEqual(self.values("x.json")["applicationDetails.exeName"], "system-client")
+
+    def test_job_that_nobody_started(self):
+        result = self.fern("--manual")
+        self.assertExit(result, 1)
+        self.assertIn(b"fern: no process has left a profile", result.stderr)
+        self.assertEqual(self.files(), [])
+
+    def test_both_programs_have_them(self):
+        for program in (FERN, QUILLON_REPORT):
+            text = self.run_program(program, "--help").stdout
+            for option in (b"--select-ranks", b"--disable-metrics", b"--samples", b"--manual", b"--autoconfig"):
+                self.assertIn(option, text)
+
+
+if __name__ == "__main__":
+    unittest.main()
