@@ -38,19 +38,6 @@ QString outputDocumentation()
     return QString();
 }
 
-// A build whose monitoring export can be asked for.
-class ParserWithDcim : public QuillonReportArgParser {
-public:
-    explicit ParserWithDcim(const QStringList &args)
-        : QuillonReportArgParser(args, Platform::current())
-    {
-        arg(true, kDcimOutput, {}, QString(), QString());
-        arg(true, kCleanconfig, {}, QString(), QString());
-        arg(true, kAutoconfig, {}, QString(), QString());
-        parseAll();
-    }
-};
-
 TEST(ReportType, IsDefaultUnlessChosen)
 {
     QuillonReportArgParser parser({"prog"}, Platform::current());
@@ -111,30 +98,27 @@ TEST(Contradictions, ListMetricsWithAProgramInTheSpellingUsed)
 
 TEST(Contradictions, TheFirstOfTheThreeThatNeedNoTargetIsNamed)
 {
-    const QString error
-        = ParserWithDcim({"--list-metrics", "--autoconfig", "--cleanconfig", "prog"}).getError();
-    EXPECT_EQ(error, QString("both --cleanconfig and target or .fern file are specified"));
+    EXPECT_EQ(complaint({"--list-metrics", "--autoconfig", "--cleanconfig", "prog"}),
+        "both --cleanconfig and target or .fern file are specified");
 }
 
 TEST(Contradictions, ConnectorAndProfileFile)
 {
-    EXPECT_EQ(ParserWithDcim({"--dcim-output", "x.fern"}).getError(),
-        QString("both --dcim-output and .fern file are specified"));
-    EXPECT_FALSE(ParserWithDcim({"--dcim-output", "prog"}).hasError());
+    EXPECT_EQ(complaint({"--dcim-output", "x.fern"}), "both --dcim-output and .fern file are specified");
+    EXPECT_EQ(complaint({"--dcim-output", "prog"}), "");
 }
 
 TEST(Contradictions, ConnectorAndProfileFileByEnvironment)
 {
     const ScopedEnvironment allowed("BRIVANE_FERN_TO_DCIM", "1");
-    EXPECT_FALSE(ParserWithDcim({"--dcim-output", "x.fern"}).hasError());
+    EXPECT_EQ(complaint({"--dcim-output", "x.fern"}), "");
 }
 
 TEST(Contradictions, TheFirstPrefixThatIsSetDecidesAlone)
 {
     const ScopedEnvironment allowed("BRIVANE_FERN_TO_DCIM", "1");
     const ScopedEnvironment refused("KELP_FERN_TO_DCIM", "off");
-    EXPECT_EQ(ParserWithDcim({"--dcim-output", "x.fern"}).getError(),
-        QString("both --dcim-output and .fern file are specified"));
+    EXPECT_EQ(complaint({"--dcim-output", "x.fern"}), "both --dcim-output and .fern file are specified");
 }
 
 TEST(ProfileFiles, AreFernAndDpd)
@@ -175,6 +159,13 @@ TEST(OutputHelp, DisabledInAnyCaseIsOff)
 {
     const ScopedEnvironment refused("FERN_ENABLE_ALL_REPORTS_GENERATION", "Disabled");
     EXPECT_FALSE(outputDocumentation().contains(".all"));
+}
+
+TEST(Help, TellsOfTheMonitoringExport)
+{
+    EXPECT_TRUE(help().simplified().contains(
+        "--dcim-output in addition to generating a Quillon Report, also send metric information to a DCIM "
+        "service connector. Triggers an error if a FERN file is specified."));
 }
 
 TEST(Help, FitsEightyColumnsAndHasUsageExamplesAndEpilogue)
