@@ -64,6 +64,24 @@
         "Energy of a whole node, counted from the start of the run")                                         \
     X(METRIC_BUDGETED_POWER, "budgeted_power", "Power budget", "W", PerNode, Static,                         \
         "Power that a node was allowed to use")                                                              \
+    X(METRIC_SAMPLER_LOOKS, "sampler_looks", "Looks", "", PerProcess, Static,                                \
+        "How often the sampler looked at a process")                                                         \
+    X(METRIC_SAMPLER_BINS, "sampler_bins", "Bins", "", PerProcess, Static,                                   \
+        "Stretches of time that the sampler kept of a process")                                              \
+    X(METRIC_SAMPLER_INTERVAL, "sampler_interval", "Interval", "ms", PerProcess, Static,                     \
+        "Length of such a stretch at the end of the run")                                                    \
+    X(METRIC_SAMPLER_THREADS, "sampler_threads", "Threads", "", PerProcess, Static,                          \
+        "Most threads of a process that the sampler saw at a time")                                          \
+    X(METRIC_SAMPLER_THREADS_MISSED, "sampler_threads_missed", "Threads missed", "", PerProcess, Static,     \
+        "Threads of a process that the sampler had no room for")                                             \
+    X(METRIC_SAMPLER_COUNTERS, "sampler_program_counters", "Program counters", "", PerProcess, Static,       \
+        "Program counters that the sampler kept of a process")                                               \
+    X(METRIC_SAMPLER_COUNTERS_LOST, "sampler_program_counters_lost", "Program counters lost", "",            \
+        PerProcess, Static, "Program counters without code, or that came too fast")                          \
+    X(METRIC_SAMPLER_CPU_TIME, "sampler_cpu_time", "Sampler CPU time", "s", PerProcess, Static,              \
+        "CPU time that the sampling thread of a process used")                                               \
+    X(METRIC_SAMPLER_CPU_PERCENT, "sampler_cpu_percent", "Sampler CPU share", "%", PerProcess, Static,       \
+        "The same in percent of the process's run time")                                                     \
     X(METRIC_PERF_CYCLES_PER_INS, "com.brivane.metrics.perf.cycles_per_instruction",                         \
         "Cycles per instruction", "", PerProcess, Gauge, "CPU cycles that an instruction took")
 

@@ -138,6 +138,7 @@ void SpoolMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &b
     mNode.logicalCores = std::max(mNode.logicalCores, process.logicalCores);
     mNode.physicalCores = std::max(mNode.physicalCores, process.physicalCores);
     mNode.memory = std::max(mNode.memory, process.nodeMemory);
+    mSampler.addProcess(process);
     mTicks += process.ticks;
     mCounterError = std::max(mCounterError, process.counterError);
     mCpuPowerState = std::max(mCpuPowerState, process.cpuPowerState);
@@ -179,6 +180,7 @@ void SpoolMetrics::store(ProfilerData *profile)
     storeStatic(profile, METRIC_NUM_PHYSICAL_CORES_PER_NODE, mPhysicalCores);
     storeStatic(profile, METRIC_MEMORY_PER_NODE, mMemory);
     storeBudget(profile);
+    mSampler.store(profile);
 }
 
 // The site's configuration says what power a node may use; without it there is no such metric.

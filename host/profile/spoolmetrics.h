@@ -2,6 +2,7 @@
 #define HOST_PROFILE_SPOOLMETRICS_H
 
 #include "profile/metricstatistics.h"
+#include "profile/samplermetrics.h"
 #include "profile/spoolreader.h"
 #include "profile/spooltimeline.h"
 
@@ -60,6 +61,7 @@ private:
     Node mNode;
     bool mInNode = false;
     int mNodes = 0;
+    SamplerMetrics mSampler;
     quint64 mTicks = 0;
     int mCounterError = 0; // of any process, as the two that follow
     quint32 mCpuPowerState = 0;

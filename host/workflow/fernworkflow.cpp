@@ -4,6 +4,7 @@
 #include "cli/rankset.h"
 #include "core/datetime.h"
 #include "profile/fernfile.h"
+#include "profile/samplermetrics.h"
 #include "profile/spoolmerger.h"
 #include "workflow/jobenvironment.h"
 #include "workflow/joblauncher.h"
@@ -221,6 +222,8 @@ bool FERNWorkflow::collect(const QString &spoolFolder, ProgressLine *progress)
     ok = mergeSpools(spoolFolder, &mProfile, &remarks, options);
     for (const QString &remark : remarks)
         verbose(remark);
+    for (const QString &line : SamplerMetrics::describe(mProfile))
+        verbose(line);
     if (!ok) {
         complain(noProfile());
         return false;

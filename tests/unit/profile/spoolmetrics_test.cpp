@@ -2,6 +2,8 @@
 
 #include "spoolfolder.h"
 
+#include "profile/samplermetrics.h"
+
 #include "qtprinters.h"
 
 #include <gtest/gtest.h>
@@ -218,6 +220,28 @@ TEST(SpoolMetrics, EnergyIsThePowerOfEachNodeByTheTimeOfItsSamples)
     EXPECT_NEAR(at(profile, METRIC_RAPL_ENERGY, 0).sum, 15, 1e-9) << "joules";
     EXPECT_NEAR(at(profile, METRIC_RAPL_ENERGY, 3).sum, 60, 1e-9);
     EXPECT_NEAR(profile.metric(METRIC_RAPL_ENERGY).exactSum().to_double(), 60, 1e-9);
+}
+
+TEST(SpoolMetrics, MeasurementTellsAboutItself)
+{
+    SpoolFolder folder;
+    const auto add = [&](int rank, std::uint64_t looks, std::uint64_t cpuNs) {
+        SpoolWriter writer(0, 200, 100);
+        writer.header.ticks = looks;
+        writer.header.samplerCpuNs = cpuNs;
+        writer.header.maxThreads = 3;
+        folder.add(writer.rank(rank, 2));
+    };
+    add(0, 10, 1000000);
+    add(1, 20, 3000000);
+    const ProfilerData profile = folder.merge();
+    EXPECT_EQ(profile.metric(METRIC_SAMPLER_LOOKS).exactSum().to_double(), 30);
+    EXPECT_EQ(profile.metric(METRIC_SAMPLER_INTERVAL).mean().to_double(), 100);
+    EXPECT_DOUBLE_EQ(profile.metric(METRIC_SAMPLER_CPU_PERCENT).max().to_double(), 1.5);
+    const QStringList lines = SamplerMetrics::describe(profile);
+    EXPECT_TRUE(lines.contains("Looks of a process: 10 to 20, mean 15"));
+    EXPECT_TRUE(lines.contains("Threads of each process: 3"));
+    EXPECT_TRUE(SamplerMetrics::describe(ProfilerData()).isEmpty());
 }
 
 TEST(SpoolMetrics, PowerBudgetIsThatOfTheSiteForEachNode)
