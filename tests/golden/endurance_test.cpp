@@ -70,7 +70,7 @@ TEST(Endurance, JsonReportsTakeNoMoreMemoryFromOneToTheNext)
 
 TEST(Endurance, TextReportsTakeNoMoreMemoryFromOneToTheNext)
 {
-    renderMany(TxtReport, 150, 50, 2);
+    renderMany(TxtReport, 100, 40, 2);
 }
 
 TEST(Endurance, PagesTakeNoMoreMemoryFromOneToTheNext)
