@@ -4,6 +4,9 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QMutex>
+#include <QMutexLocker>
+#include <QScopeGuard>
 #include <QScopedPointer>
 #include <QSourceLocation>
 #include <QXmlSchema>
@@ -71,6 +74,22 @@ bool hasNamespaceAttribute(const QByteArray &xml, const QUrl &documentUrl, QStri
     return false;
 }
 
+QMutex schemaMutex;
+
+// A schema takes Qt longer to load than a report to read, and some 60 KB that it never gives back: the last
+// one is kept, under schemaMutex.
+QXmlSchema &loadedSchema(const QByteArray &xml, const QUrl &url)
+{
+    static QXmlSchema *const schema = new QXmlSchema;
+    static QByteArray loadedXml;
+    if (loadedXml != xml || schema->documentUri() != url) {
+        loadedXml.clear();
+        schema->load(xml, url);
+        loadedXml = xml;
+    }
+    return *schema;
+}
+
 // Turns all identity constraints of the schema into one long comment. The reader tests them itself: its
 // messages say what to do, and partial reports refer to what other documents declare.
 void disarmIdConstraints(QByteArray &schema)
@@ -132,16 +151,17 @@ bool ReportDefinition::validate(const QByteArray &xml, const QUrl &documentUrl, 
         return false;
     disarmIdConstraints(schemaXml);
 
-    QXmlSchema schema;
-    schema.load(schemaXml, QUrl::fromLocalFile(schemaFilename));
+    const QMutexLocker lock(&schemaMutex);
+    QXmlSchema &schema = loadedSchema(schemaXml, QUrl::fromLocalFile(schemaFilename));
     if (!schema.isValid()) {
         setText(error, QObject::tr("Schema file '%1' is not valid").arg(schemaFilename));
         return false;
     }
-    QAbstractMessageHandler *next
-        = validationErrorMode == VerboseValidation ? schema.messageHandler() : nullptr;
+    QAbstractMessageHandler *const schemasOwn = schema.messageHandler();
+    QAbstractMessageHandler *next = validationErrorMode == VerboseValidation ? schemasOwn : nullptr;
     const QScopedPointer<MessageHandler> handler(new MessageHandler(error, next, nullptr));
     schema.setMessageHandler(handler.data());
+    const auto restore = qScopeGuard([&] { schema.setMessageHandler(schemasOwn); });
     return QXmlSchemaValidator(schema).validate(xml, documentUrl);
 }
 
