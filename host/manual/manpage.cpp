@@ -24,6 +24,7 @@ constexpr Row Environment[] = {
     {"BRIVANE_EXTRA_REPORT",
         "Beginning of the name of a second page, which goes on with the shares of the time."},
     {"BRIVANE_NOTES", "A text that reports show."},
+    {"BRIVANE_POWER_BUDGET", "The watts that a node may draw, for reports of the type trapped."},
     {"BRIVANE_DCIM_SCRIPT", "The connector of --dcim-output."},
     {"BRIVANE_FERN_TO_DCIM", "Allows --dcim-output for a profile that is read from a file, unless off."},
     {"BRIVANE_ENABLE_ALL_REPORTS_GENERATION",

@@ -61,6 +61,12 @@ class Manual(SystemTest):
             for heading in ("NAME", "SYNOPSIS", "OPTIONS", "EXAMPLES", "EXIT STATUS", "ENVIRONMENT", "FILES"):
                 self.assertIn(f"\n{heading}\n", text)
 
+    def test_the_guide_names_no_option_that_is_not_there(self):
+        guide = (pathlib.Path(__file__).parents[2] / "docs" / "user-guide.md").read_text()
+        known = {name for program in PROGRAMS for name, _, _ in self.options(program)} | {"help", "type"}
+        text = guide.split("## Launchers")[0] + guide.split("## Exit status")[1]
+        self.assertLessEqual(set(re.findall(r"--([a-z][\w-]+)", text)), known)
+
     def complete(self, program, *words):
         """What bash offers for the last of the words."""
         script = (
