@@ -31,7 +31,7 @@ struct alignas(64) Slot {
     std::atomic<std::uint64_t> mpiCollectiveBytes;
     std::atomic<std::uint64_t> mpiPointToPointBytes;
     // Handed from the creator to the new thread.
-    void *(*routine)(void *);
+    void (*routine)(); // of the type that its thread has
     void *argument;
     std::atomic<std::uint32_t> teamRegion; // OpenMP: the master's regionsLeft when the thread's region began
     std::atomic<std::uint16_t> team; // slot of the master

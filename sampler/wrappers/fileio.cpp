@@ -57,3 +57,18 @@ FERN_WRAPPER(int, dup3, (int fd, int wanted, int flags))
     fern::descriptors::forget(wanted);
     return result;
 }
+
+// Between files and anything else: what is written to a file is written, else it is read.
+#define FERN_TRANSFER(name, parameters, ...)                                                                 \
+    FERN_WRAPPER(ssize_t, name, parameters)                                                                  \
+    {                                                                                                        \
+        const bool isWritten = isFile(to);                                                                   \
+        const CategoryScope scope(                                                                           \
+            isWritten ? fern::spool::IoWrite : fern::spool::IoRead, isWritten || isFile(from));              \
+        return FERN_REAL(name)(__VA_ARGS__);                                                                 \
+    }
+
+FERN_TRANSFER(sendfile, (int to, int from, off_t *at, size_t size), to, from, at, size)
+FERN_TRANSFER(sendfile64, (int to, int from, off64_t *at, size_t size), to, from, at, size)
+FERN_TRANSFER(splice, (int from, off64_t *fromAt, int to, off64_t *toAt, size_t size, unsigned flags), from,
+    fromAt, to, toAt, size, flags)

@@ -4,12 +4,15 @@
 // The real functions behind the wrapped calls of the C library.
 
 #include <pthread.h>
+#include <semaphore.h>
 #include <setjmp.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <sys/types.h>
 #include <sys/uio.h>
+#include <threads.h>
 #include <time.h>
+#include <wchar.h>
 
 // A wrapper carries the name of what it wraps as its symbol only, so that its C++ name doesn't clash
 // with the headers' declarations, which differ from one C library to the next in their attributes.
@@ -21,6 +24,7 @@ namespace fern::hooks {
 
 enum class Id : unsigned {
 #define FERN_CALL(result, name, parameters, arguments, category, condition) name,
+#define FERN_LOCK(result, name, parameters, arguments, tryCall, busy) name,
 #define FERN_ALONE(result, name, parameters, arguments) name,
 #define FERN_SPECIAL(result, name, parameters) name,
 #include "wrappers/calls.def"
@@ -29,6 +33,7 @@ enum class Id : unsigned {
 
 #define FERN_CALL(result, name, parameters, arguments, category, condition)                                  \
     using name##Type = result parameters;
+#define FERN_LOCK(result, name, parameters, arguments, tryCall, busy) using name##Type = result parameters;
 #define FERN_ALONE(result, name, parameters, arguments) using name##Type = result parameters;
 #define FERN_SPECIAL(result, name, parameters) using name##Type = result parameters;
 #include "wrappers/calls.def"

@@ -33,6 +33,16 @@ FERN_FORMATTED(scanf, vscanf, IoRead, stdin, (const char *format, ...), format)
 FERN_FORMATTED(__isoc99_fscanf, __isoc99_vfscanf, IoRead, stream, (FILE * stream, const char *format, ...),
     stream, format)
 FERN_FORMATTED(__isoc99_scanf, __isoc99_vscanf, IoRead, stdin, (const char *format, ...), format)
+FERN_FORMATTED(fwscanf, vfwscanf, IoRead, stream, (FILE * stream, const wchar_t *format, ...), stream, format)
+FERN_FORMATTED(__isoc99_fwscanf, __isoc99_vfwscanf, IoRead, stream,
+    (FILE * stream, const wchar_t *format, ...), stream, format)
+FERN_FORMATTED(
+    fwprintf, vfwprintf, IoWrite, stream, (FILE * stream, const wchar_t *format, ...), stream, format)
+FERN_FORMATTED(wprintf, vwprintf, IoWrite, stdout, (const wchar_t *format, ...), format)
+FERN_FORMATTED(__fwprintf_chk, __vfwprintf_chk, IoWrite, stream,
+    (FILE * stream, int flag, const wchar_t *format, ...), stream, flag, format)
+FERN_FORMATTED(
+    __wprintf_chk, __vwprintf_chk, IoWrite, stdout, (int flag, const wchar_t *format, ...), flag, format)
 
 namespace {
 

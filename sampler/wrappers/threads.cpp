@@ -21,10 +21,11 @@ void threadEnds(void *slot)
     registry::release(*static_cast<Slot *>(slot));
 }
 
-void *runThread(void *data)
+// `Result` is what the thread's routine gives: of POSIX threads an address, of C11's a number.
+template <typename Result> Result runThread(void *data)
 {
     Slot &slot = *static_cast<Slot *>(data);
-    void *(*routine)(void *) = slot.routine;
+    const auto routine = reinterpret_cast<Result (*)(void *)>(slot.routine);
     void *argument = slot.argument;
     registry::occupy(slot);
     watchEndOfThisThread();
@@ -87,10 +88,23 @@ FERN_WRAPPER(int, pthread_create,
     fern::Slot *slot = fern::threads::slotForNewThread();
     if (slot == nullptr)
         return FERN_REAL(pthread_create)(thread, attributes, routine, argument);
-    slot->routine = routine;
+    slot->routine = reinterpret_cast<void (*)()>(routine);
     slot->argument = argument;
-    const int result = FERN_REAL(pthread_create)(thread, attributes, fern::threads::runThread, slot);
+    const int result = FERN_REAL(pthread_create)(thread, attributes, fern::threads::runThread<void *>, slot);
     if (result != 0)
+        fern::registry::release(*slot);
+    return result;
+}
+
+FERN_WRAPPER(int, thrd_create, (thrd_t * thread, int (*routine)(void *), void *argument))
+{
+    fern::Slot *slot = fern::threads::slotForNewThread();
+    if (slot == nullptr)
+        return FERN_REAL(thrd_create)(thread, routine, argument);
+    slot->routine = reinterpret_cast<void (*)()>(routine);
+    slot->argument = argument;
+    const int result = FERN_REAL(thrd_create)(thread, fern::threads::runThread<int>, slot);
+    if (result != thrd_success)
         fern::registry::release(*slot);
     return result;
 }

@@ -1,0 +1,38 @@
+// Calls that work on files, other than reading and writing through descriptors and streams.
+
+#include "job.h"
+#include "spoolfile.h"
+
+#include <gtest/gtest.h>
+
+TEST(Files, RarerCallsGiveTheSame)
+{
+    const Folder first;
+    const Folder second;
+    const Folder spools;
+    const Outcome alone = run({client("files"), "results", first.path()});
+    EXPECT_EQ(run({client("files"), "results", second.path()}, samplingInto(spools.path())), alone);
+    EXPECT_EQ(alone.status, 0);
+    EXPECT_NE(alone.output.find("msync 0\n"), std::string::npos) << alone;
+}
+
+TEST(Files, CopyingAskingAndWaitingAreFileIo)
+{
+    constexpr double Points = 6.0;
+    const Folder folder;
+    const Folder spools;
+    const Outcome outcome = run({client("files"), "shares", folder.path()}, samplingInto(spools.path()));
+    ASSERT_EQ(outcome.status, 0) << outcome;
+    std::map<std::string, double> seconds = numbersIn(outcome.output);
+    double whole = 0.0;
+    for (const auto &part : seconds)
+        whole += part.second;
+    const std::vector<SpoolFile> found = spoolsIn(spools.path());
+    ASSERT_EQ(found.size(), 1U);
+    const spool::Bin total = found.front().total();
+    EXPECT_NEAR(
+        percent(total.mainHits, spool::IoWrite), 100.0 * (seconds["copy"] + seconds["wide"]) / whole, Points);
+    EXPECT_NEAR(percent(total.mainHits, spool::IoOther),
+        100.0 * (seconds["names"] + seconds["asynchronous"]) / whole, Points);
+    EXPECT_NEAR(percent(total.mainHits, spool::Compute), 100.0 * seconds["compute"] / whole, Points);
+}
