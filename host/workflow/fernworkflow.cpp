@@ -105,7 +105,7 @@ void FERNWorkflow::run()
 // Whoever is connected turns the profile into files meanwhile.
 void FERNWorkflow::explore(ProgressLine *progress)
 {
-    progress->show(tr("writing what was found out"));
+    progress->show(tr("writing reports"));
     Q_EMIT enteredExplorePhase();
 }
 
@@ -208,7 +208,7 @@ bool FERNWorkflow::collect(const QString &spoolFolder, ProgressLine *progress)
     MergeOptions options;
     options.warnings = &warnings;
     options.progress = [this, progress](int done, int all) {
-        progress->show(tr("merging the profiles of processes: %1 of %2").arg(done).arg(all));
+        progress->show(tr("merging profiles: %1 of %2").arg(done).arg(all));
     };
     const FERNConfig &fern = mConfig.fernConfig();
     if (fern.getSamples() > 0)
@@ -218,7 +218,7 @@ bool FERNWorkflow::collect(const QString &spoolFolder, ProgressLine *progress)
     if (ok && !ranks.isEmpty())
         options.isSelected = [&ranks](int rank) { return ranks.contains(rank); };
 
-    progress->show(tr("reading what the job's processes left"));
+    progress->show(tr("reading profiles"));
     ok = mergeSpools(spoolFolder, &mProfile, &remarks, options);
     for (const QString &remark : remarks)
         verbose(remark);

@@ -14,6 +14,11 @@ using std::chrono::milliseconds;
 constexpr milliseconds Delay(500);
 constexpr milliseconds Period(100);
 
+// What the job printed last may lack the end of its line, and must stay.
+constexpr char SaveCursor[] = "\0337";
+constexpr char RestoreCursor[] = "\0338";
+constexpr char EraseToEnd[] = "\033[K";
+
 std::mutex theInstanceMutex;
 ProgressLine *theInstance = nullptr;
 
@@ -24,12 +29,12 @@ void write(const QByteArray &bytes)
         = ::write(STDERR_FILENO, bytes.constData(), static_cast<std::size_t>(bytes.size()));
 }
 
-// A line that wraps around can't be erased.
+// A text that wraps around can't be erased. The line that it is added to is hardly ever half full.
 QString fitted(const QString &text)
 {
     winsize size = {};
     const bool isKnown = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
-    return text.left(isKnown ? size.ws_col - 1 : 79);
+    return text.left((isKnown ? size.ws_col : 80) / 2);
 }
 
 } // namespace
@@ -99,13 +104,13 @@ void ProgressLine::print()
 {
     if (mText == mPrinted)
         return;
-    write('\r' + mText + "\033[K");
+    write((mPrinted.isEmpty() ? SaveCursor : RestoreCursor) + mText + EraseToEnd);
     mPrinted = mText;
 }
 
 void ProgressLine::erase()
 {
     if (!mPrinted.isEmpty())
-        write("\r\033[K");
+        write(RestoreCursor + QByteArray(EraseToEnd));
     mPrinted.clear();
 }

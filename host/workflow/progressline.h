@@ -8,7 +8,7 @@
 #include <mutex>
 #include <thread>
 
-// A line at the bottom of the terminal that says what is going on, erased when the object goes. Nothing is
+// A text behind what the terminal shows that says what is going on, erased when the object goes. Nothing is
 // shown of what is over in half a second, nor where the standard error stream is no terminal. One object at a
 // time.
 class ProgressLine {
@@ -22,7 +22,7 @@ public:
     // Sets the text. Cheap: it may be called often.
     void show(const QString &text);
 
-    // Erases the line, if there is one, in favour of a message that is about to be printed. It comes back if
+    // Erases the text, if there is one, in favour of a message that is about to be printed. It comes back if
     // things go on. Any thread may call this at any time.
     static void giveWay();
 

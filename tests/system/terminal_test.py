@@ -83,7 +83,7 @@ class Terminal(SystemTest):
         self.assertEqual(status, 0)
         # A progress line may have been there for a moment, and is erased.
         self.assertTrue(output.startswith(b"one"), output)
-        lines = output[3:].split(b"\r\x1b[K")[-1]
+        lines = output[3:].split(b"\x1b8\x1b[K")[-1]
         self.assertEqual(lines, b"quillon-report: wrote x.json\r\n")
 
     def test_progress_is_shown_and_erased(self):
@@ -95,8 +95,8 @@ class Terminal(SystemTest):
         self.addCleanup(reader.wait)
         status, output = self.in_terminal(QUILLON_REPORT, "-o", "pipe.json", CLIENT, "spin", "0.3")
         self.assertEqual(status, 0, output)
-        self.assertIn(b"\rwriting what was found out\x1b[K", output)
-        self.assertEqual(output.rsplit(b"\r\x1b[K", 1)[1], b"quillon-report: wrote pipe.json\r\n")
+        self.assertIn(b"\x1b7writing reports\x1b[K", output)
+        self.assertEqual(output.rsplit(b"\x1b8\x1b[K", 1)[1], b"quillon-report: wrote pipe.json\r\n")
 
     def test_no_progress_where_nobody_wants_it(self):
         pipe = self.folder / "pipe.json"
