@@ -165,14 +165,17 @@ static void waitForWrites(int from, int to)
 
 static void writeWide(int from, int to)
 {
+    enum { WideSize = 20000 };
+    static wchar_t text[WideSize];
     static FILE *file;
     (void)from;
     (void)to;
     if (!file)
         file = fopen("wide", "w");
+    if (text[0] == L'\0')
+        wmemset(text, L'x', WideSize - 1);
     rewind(file);
-    for (int i = 0; i < 20000; ++i)
-        fputwc(L'x', file);
+    fputws(text, file);
 }
 
 static int shares(int from, int to)
