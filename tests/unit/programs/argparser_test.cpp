@@ -175,6 +175,39 @@ TEST(Ranks, AnythingElseIsRefused)
     }
 }
 
+TEST(ProfileOptions, HaveNumbersWithinBounds)
+{
+    EXPECT_EQ(Parser({"--samples=2", "prog"}).getSamples(), 2);
+    EXPECT_EQ(Parser({"--samples", "1000", "prog"}).getSamples(), 1000);
+    EXPECT_EQ(Parser({"--interval=60000", "prog"}).getInterval(), 60000);
+    EXPECT_EQ(Parser({"prog"}).getSamples(), 0);
+    EXPECT_EQ(
+        complaint({"--samples=1001", "prog"}), "value '1001' for --samples is no number from 2 to 1000");
+    EXPECT_EQ(
+        complaint({"--interval=5ms", "prog"}), "value '5ms' for --interval is no number from 1 to 60000");
+    EXPECT_EQ(complaint({"--samples=5", "x.fern"}),
+        "'x.fern' is loaded and no program run, so that --samples has no meaning");
+}
+
+TEST(ManualLaunch, NeedsNoProgramAndTakesNone)
+{
+    EXPECT_TRUE(Parser({"--manual"}).isManualLaunch());
+    EXPECT_EQ(complaint({"--manual"}), "");
+    EXPECT_EQ(complaint({"--manual", "prog"}), "both --manual and a program are given");
+    EXPECT_EQ(complaint({"--manual", "-i", "in.txt"}), "no program is run, so that -i has no meaning");
+}
+
+TEST(Options, AToolsOwnComeBeforeThoseOfSeveralToolsAndOfAll)
+{
+    QStringList names;
+    for (const BaseArgParser::Option &option : FernArgParser({}, Platform::current()).options())
+        names.append(option.name);
+    EXPECT_EQ(names.first(), kOutput);
+    EXPECT_LT(names.indexOf(kOutput), names.indexOf(kSelectRanks));
+    EXPECT_LT(names.indexOf(kSelectRanks), names.indexOf(kInput));
+    EXPECT_EQ(names.last(), kHelp);
+}
+
 TEST(Metrics, CanNotBeBothEnabledAndDisabled)
 {
     const Parser parser({"--enable-metrics=a,b", "--enable-metrics", "c", "--disable-metrics=d", "prog"});
