@@ -44,7 +44,7 @@ class Advice(SystemTest):
         self.assertBound(values, "I/O-bound", "io", "Most of the time is spent in write operations with ")
 
     def computing(self, kind, measured):
-        """Only where the instruction mix was measured can it be judged."""
+        """Only where the instruction mix could be measured can it be judged."""
         values = self.report(CLIENT, kind, "3")
         unmeasured = "The CPU performance appears well-optimized for numerical computation."
         beginning = unmeasured if values["cpu.scalarNumPercent"] is None else measured
@@ -54,14 +54,17 @@ class Advice(SystemTest):
         self.computing("scalar", "The per-core performance is arithmetic-bound.")
 
     def test_vector_loop(self):
-        # Whether loads weigh more than the arithmetic between them depends on the processor.
-        self.computing("vector", "The ")
+        self.computing("vector", "The CPU performance appears well-optimized for numerical computation.")
 
-    def test_idle_threads(self):
-        values = self.report(CLIENT, "idle", "3")
-        self.assertBound(
-            values, "Compute-bound", "threads", "Significant time is spent synchronizing threads."
-        )
+    def test_memory_accesses(self):
+        self.computing("memory", "The per-core performance is memory-bound.")
+
+    def test_waiting_threads(self):
+        for kind in ("idle", "lock"):
+            values = self.report(CLIENT, kind, "3")
+            self.assertBound(
+                values, "Compute-bound", "threads", "Significant time is spent synchronizing threads."
+            )
 
     def test_trapped_capacity(self):
         self.assertExit(self.fern("-o", "job.fern", CLIENT, "scalar", "1"), 0)

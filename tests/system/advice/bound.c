@@ -4,7 +4,7 @@
  *
  *     scalar   sums that each need the one before: nothing that a compiler could do several of at once
  *     vector   the same operation on every element of two arrays that stay in a core's cache
- *     memory   additions all over an array that no cache holds
+ *     memory   pointers to places all over an array that no cache holds, followed one after the other
  *     write    small pieces of a file, each written by a system call of its own
  *     idle     threads that wait for a condition while the first one computes
  *     lock     threads that wait for a lock while the first one holds it and computes
@@ -22,7 +22,7 @@
 #include <mpi.h>
 #endif
 
-enum { IdleThreads = 3, CacheElements = 2048, MemoryElements = 1 << 24 };
+enum { IdleThreads = 3, CacheVectors = 512, MemoryPlaces = 1 << 24 };
 
 static volatile double sink;
 
@@ -42,35 +42,40 @@ static void scalar(double seconds)
     sink = x;
 }
 
-__attribute__((optimize("O3"), optimize("fast-math"))) static void addScaled(
-    float *a, const float *b, float factor)
-{
-    for (int i = 0; i < CacheElements; ++i)
-        a[i] += factor * b[i];
-}
+typedef float Vector __attribute__((vector_size(16)));
 
 static void vector(double seconds)
 {
-    static float a[CacheElements], b[CacheElements];
-    for (int i = 0; i < CacheElements; ++i)
-        b[i] = (float)i;
+    static Vector a[CacheVectors], b[CacheVectors];
+    const Vector factor = {1e-6f, 1e-6f, 1e-6f, 1e-6f};
+    for (int i = 0; i < CacheVectors; ++i)
+        b[i] += (float)i;
     for (const double end = now() + seconds; now() < end;)
-        for (int i = 0; i < 1000; ++i)
-            addScaled(a, b, 1e-6f);
-    sink = (double)a[1];
+        for (int round = 0; round < 1000; ++round)
+#pragma GCC unroll 8
+            for (int i = 0; i < CacheVectors; ++i)
+                a[i] += factor * (b[i] + factor * (b[i] - factor));
+    sink = (double)a[1][0];
 }
 
+/* Follows pointers through an array that no cache holds, each to a place that can't be foreseen. */
 static void memory(double seconds)
 {
-    double *const a = calloc(MemoryElements, sizeof *a);
-    unsigned at = 1;
-    for (const double end = now() + seconds; a && now() < end;)
-        for (int i = 0; i < 100000; ++i) {
-            at = at * 1664525u + 1013904223u;
-            a[at % MemoryElements] += 1.0;
-        }
-    sink = a ? a[1] : 0.0;
-    free(a);
+    void **const places = malloc(MemoryPlaces * sizeof *places);
+    if (!places)
+        abort();
+    unsigned at = 0;
+    for (long i = 0; i < MemoryPlaces; ++i) {
+        const unsigned next = (at * 1664525u + 1013904223u) % MemoryPlaces; /* comes by every place */
+        places[at] = &places[next];
+        at = next;
+    }
+    void **place = places;
+    for (const double end = now() + seconds; now() < end;)
+        for (int i = 0; i < 10000; ++i)
+            place = ****(void *****)place;
+    sink = *place == NULL;
+    free(places);
 }
 
 static void smallWrites(double seconds)

@@ -572,6 +572,8 @@ TEST(TrappedOverview, EstimatesWherePowerIsZeroOrUnknown)
     EXPECT_EQ(job(NotAvailable, 100), estimate);
     EXPECT_EQ(job(100, NotAvailable), estimate);
     EXPECT_EQ(job(-50, -100), estimate);
+    // Any power at all counts.
+    EXPECT_EQ(job(0.4, 0.8), lookFirst("MPI communication", mpi) + lookThen("I/O operations", io));
 }
 
 TEST(TrappedOverview, WeighsVectorizationAndMemoryByTheTimeSpentComputing)
