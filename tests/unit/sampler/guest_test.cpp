@@ -97,8 +97,10 @@ TEST(Guest, ThreadsAreSampled)
     const spool::Bin total = visit.first().total();
     EXPECT_EQ(visit.first().header().maxThreads, 5);
     EXPECT_EQ(visit.first().header().threadsMissed, 0U);
-    // Four threads on fewer processors: now and then one gets none between two looks.
-    EXPECT_GE(percent(total.otherHits, spool::PthreadCompute), 70.0);
+    // Four threads, perhaps on fewer processors: one that gets none between two looks is seen asleep, but
+    // never waiting for another thread.
+    EXPECT_GE(percent(total.otherHits, spool::PthreadCompute), 25.0);
+    EXPECT_EQ(total.otherHits[spool::PthreadSync], 0U);
     EXPECT_EQ(total.otherHits[spool::PthreadCompute], total.otherActiveHits[spool::PthreadCompute]);
     EXPECT_GE(percent(total.mainHits, spool::PthreadSync), 60.0);
     // While the others work the main thread isn't alone.
