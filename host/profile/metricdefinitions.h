@@ -10,7 +10,7 @@
 // What a metric is, without its figures.
 struct Metric {
     enum Scope { PerProcess = 0, PerNode = 1 }; // what a reading belongs to
-    enum Kind { Gauge = 0, Rate = 1, Total = 2, Static = 3 }; // how readings behave: profile/metricids.h
+    enum Kind { Gauge = 0, Rate = 1, Total = 2, Static = 3 }; // how readings behave: profile/metrics.def
 
     QString id;
     QString displayName;
@@ -23,7 +23,7 @@ struct Metric {
 // A set of metrics, such as those of a profile.
 class BRIVANE_HOST_EXPORT MetricDefinitions {
 public:
-    // Every metric that this host knows: the table of profile/metricids.h.
+    // Every metric that this host knows: the table of profile/metrics.def.
     static const MetricDefinitions &known();
 
     // Those of them that the sampler can deliver on a suitable machine.

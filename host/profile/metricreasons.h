@@ -9,11 +9,8 @@
 // with "Requires" and "Not" go on in their own.
 namespace MetricReasons {
 
-// By the error number of perf_event_open; 0 where it worked and nothing came of it.
-QString programCounters(int error);
-// By the sensor's state, a fern::spool::SensorState.
-QString cpuPower(quint32 state);
-QString systemPower(quint32 state);
+// By what became of the metric's source, a fern::spool::SourceState: a sentence of profile/metrics.def.
+BRIVANE_HOST_EXPORT QString ofState(const QString &metric, quint32 state);
 
 // Why this machine can't deliver a metric to this user, as far as that can be told beforehand; the null
 // string if it can. `sysfs` is where the kernel shows its sensors.

@@ -2,12 +2,14 @@
 
 #include "core/environment.h"
 #include "profile/metricreasons.h"
+#include "profile/metrictable.h"
 #include "profile/profilerdata.h"
 
 #include <QCoreApplication>
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 using fern::spool::Bin;
 using fern::spool::Figure;
@@ -15,47 +17,24 @@ using fern::spool::Figure;
 namespace {
 
 constexpr double NsPerSecond = 1e9;
-constexpr const char *NotSupported = QT_TRANSLATE_NOOP("SpoolMetrics", "Not supported on this system.");
 
-// Which metric a figure becomes. How it is read follows from the metric's scope and kind.
-struct Row {
-    int figure; // fern::spool::FigureId
-    QString metric;
-    double perSecond; // of a rate: what the figure's count of one in a nanosecond stands for
-    const char *whyNot; // what to tell a user where no process could read it
-};
-
-const QVector<Row> &rows()
+// The metrics that are made of figures of the spools. How a figure is read follows from its metric's scope
+// and kind.
+const QVector<MetricTable::Row> &rows()
 {
-    using namespace fern::spool;
-    static const QVector<Row> table = {
-        {FigureRss, METRIC_RSS, 0,
-            QT_TRANSLATE_NOOP("SpoolMetrics", "Requires a readable /proc/self/statm.")},
-        {FigureNodeMemoryUsedPercent, METRIC_NODE_MEM_USED, 0,
-            QT_TRANSLATE_NOOP("SpoolMetrics", "Requires a readable /proc/meminfo.")},
-        {FigureLoadAveragePercent, METRIC_LOAD_AVG, 0,
-            QT_TRANSLATE_NOOP("SpoolMetrics", "Requires a readable /proc/loadavg.")},
-        {FigureBytesRead, METRIC_CHARS_READ, 0,
-            QT_TRANSLATE_NOOP("SpoolMetrics", "Requires a readable /proc/self/io.")},
-        {FigureBytesWritten, METRIC_CHARS_WRITTEN, 0,
-            QT_TRANSLATE_NOOP("SpoolMetrics", "Requires a readable /proc/self/io.")},
-        {FigureMpiCollectiveBytes, METRIC_MPI_COLLECTIVE_BYTES_PER_SEC, NsPerSecond, NotSupported},
-        {FigureMpiPointToPointBytes, METRIC_MPI_P2P_BYTES_PER_SEC, NsPerSecond, NotSupported},
-        {FigureCpuTime, METRIC_ACTIVE_CORES, 1, NotSupported},
-        {FigureInstrVectorFp, METRIC_INSTR_VECTOR_FP, 0, NotSupported},
-        {FigureInstrVectorInt, METRIC_INSTR_VECTOR_INT, 0, NotSupported},
-        {FigureInstrFp, METRIC_INSTR_FP, 0, NotSupported},
-        {FigureInstrInt, METRIC_INSTR_INT, 0, NotSupported},
-        {FigureInstrMemory, METRIC_INSTR_MEM, 0, NotSupported},
-        {FigureCpuPower, METRIC_RAPL_POWER, 0, NotSupported},
-        {FigureSystemPower, METRIC_SYSTEM_POWER, 0, NotSupported},
-    };
+    static const QVector<MetricTable::Row> table = [] {
+        QVector<MetricTable::Row> withFigure;
+        std::copy_if(MetricTable::rows().begin(), MetricTable::rows().end(), std::back_inserter(withFigure),
+            [](const MetricTable::Row &row) { return row.figure != MetricTable::NoFigure; });
+        return withFigure;
+    }();
     return table;
 }
 
-QString sentence(const char *text)
+// Of a rate: what a figure's count of one in a nanosecond stands for. CPU time is counted in nanoseconds.
+double perSecond(int figure)
 {
-    return QCoreApplication::translate("SpoolMetrics", text);
+    return figure == fern::spool::FigureCpuTime ? 1 : NsPerSecond;
 }
 
 // Counters count 0, too: only those that were never read have no count at all.
@@ -90,13 +69,14 @@ void collect(StatisticsCollector &collector, const Figure &gauge)
     }
 }
 
-void storeStatic(ProfilerData *profile, const QString &id, const StatisticsCollector &collector)
+void storeStatic(
+    ProfilerData *profile, const QString &id, const StatisticsCollector &collector, const QString &whyNot)
 {
     MetricRecord record;
     record.definition = MetricDefinitions::describe(id);
     record.wholeRun = collector.statistics();
     if (record.wholeRun.count == 0) {
-        record.errors.append(sentence(NotSupported));
+        record.errors.append(whyNot);
     }
     profile->setMetric(record);
 }
@@ -140,12 +120,12 @@ void SpoolMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &b
     mNode.memory = std::max(mNode.memory, process.nodeMemory);
     mSampler.addProcess(process);
     mTicks += process.ticks;
-    mCounterError = std::max(mCounterError, process.counterError);
-    mCpuPowerState = std::max(mCpuPowerState, process.cpuPowerState);
-    mSystemPowerState = std::max(mSystemPowerState, process.systemPowerState);
+    for (std::size_t source = 0; source < mSourceStates.size(); ++source) {
+        mSourceStates[source] = std::max(mSourceStates[source], process.sourceStates[source]);
+    }
 
     for (int row = 0; row < rows().size(); ++row) {
-        const Metric definition = MetricDefinitions::describe(rows()[row].metric);
+        const Metric &definition = rows()[row].metric;
         const Figures figures = figuresOf(process, bins, rows()[row].figure);
         if (definition.scope == Metric::PerNode) {
             Figures &ofNode = mNode.figures[row];
@@ -169,16 +149,20 @@ void SpoolMetrics::store(ProfilerData *profile)
 {
     endNode();
     for (int row = 0; row < rows().size(); ++row) {
-        storeCollected(
-            profile, rows()[row].metric, mCollected[row].wholeRun, mCollected[row].series, reasonFor(row));
+        const QString &id = rows()[row].metric.id;
+        storeCollected(profile, id, mCollected[row].wholeRun, mCollected[row].series, whyNot(id));
     }
-    storeCollected(profile, METRIC_RAPL_ENERGY, mCpuEnergy.wholeRun, mCpuEnergy.series,
-        MetricReasons::cpuPower(mCpuPowerState));
-    storeCollected(profile, METRIC_SYSTEM_ENERGY, mSystemEnergy.wholeRun, mSystemEnergy.series,
-        MetricReasons::systemPower(mSystemPowerState));
-    storeStatic(profile, METRIC_NUM_CORES_PER_NODE, mLogicalCores);
-    storeStatic(profile, METRIC_NUM_PHYSICAL_CORES_PER_NODE, mPhysicalCores);
-    storeStatic(profile, METRIC_MEMORY_PER_NODE, mMemory);
+    const auto storeEnergy = [&](const QString &id, const Collected &energy) {
+        storeCollected(profile, id, energy.wholeRun, energy.series, whyNot(id));
+    };
+    storeEnergy(METRIC_RAPL_ENERGY, mCpuEnergy);
+    storeEnergy(METRIC_SYSTEM_ENERGY, mSystemEnergy);
+    const auto storeFact = [&](const QString &id, const StatisticsCollector &collector) {
+        storeStatic(profile, id, collector, whyNot(id));
+    };
+    storeFact(METRIC_NUM_CORES_PER_NODE, mLogicalCores);
+    storeFact(METRIC_NUM_PHYSICAL_CORES_PER_NODE, mPhysicalCores);
+    storeFact(METRIC_MEMORY_PER_NODE, mMemory);
     storeBudget(profile);
     mSampler.store(profile);
 }
@@ -196,33 +180,17 @@ void SpoolMetrics::storeBudget(ProfilerData *profile) const
     for (int node = 0; node < mNodes && isNumber && watts > 0 && std::isfinite(watts); ++node) {
         budget.add(watts);
     }
-    MetricRecord record;
-    record.definition = MetricDefinitions::describe(METRIC_BUDGETED_POWER);
-    record.wholeRun = budget.statistics();
-    if (record.wholeRun.count == 0) {
-        record.errors.append(sentence(QT_TRANSLATE_NOOP(
-            "SpoolMetrics", "Requires a number of watts for a node in FERN_POWER_BUDGET.")));
-    }
-    profile->setMetric(record);
+    storeStatic(profile, METRIC_BUDGETED_POWER, budget,
+        MetricReasons::ofState(METRIC_BUDGETED_POWER, fern::spool::SourceUnknown));
 }
 
 // What to tell a user where no process could read a figure.
-QString SpoolMetrics::reasonFor(int row) const
+QString SpoolMetrics::whyNot(const QString &metric) const
 {
     if (mTicks == 0) {
-        return sentence(QT_TRANSLATE_NOOP("SpoolMetrics", "The job ended before anything could be read."));
+        return QCoreApplication::translate("SpoolMetrics", "The job ended before anything could be read.");
     }
-    const auto figure = static_cast<fern::spool::FigureId>(rows()[row].figure);
-    if (figure >= fern::spool::FigureInstrVectorFp && figure <= fern::spool::FigureInstrMemory) {
-        return MetricReasons::programCounters(mCounterError);
-    }
-    if (figure == fern::spool::FigureCpuPower) {
-        return MetricReasons::cpuPower(mCpuPowerState);
-    }
-    if (figure == fern::spool::FigureSystemPower) {
-        return MetricReasons::systemPower(mSystemPowerState);
-    }
-    return sentence(rows()[row].whyNot);
+    return MetricReasons::ofState(metric, mSourceStates[MetricTable::sourceOf(metric).id]);
 }
 
 SpoolMetrics::Figures SpoolMetrics::figuresOf(
@@ -252,7 +220,7 @@ void SpoolMetrics::addRate(
     // tick would make it leap.
     constexpr qint64 slivers = 20;
     const auto rate = [&](const Figure &figure, qint64 ns) {
-        const double value = figure.sum * rows()[row].perSecond / static_cast<double>(ns);
+        const double value = figure.sum * perSecond(rows()[row].figure) / static_cast<double>(ns);
         const bool isCores = rows()[row].figure == fern::spool::FigureCpuTime && process.maxThreads > 0;
         return isCores ? std::min(value, static_cast<double>(process.maxThreads)) : value;
     };
@@ -315,7 +283,7 @@ void SpoolMetrics::endNode()
         return;
     }
     for (int row = 0; row < rows().size(); ++row) {
-        if (MetricDefinitions::describe(rows()[row].metric).scope == Metric::PerNode) {
+        if (rows()[row].metric.scope == Metric::PerNode) {
             addGauge(mCollected[row], mNode.figures[row]);
         }
         if (rows()[row].figure == fern::spool::FigureCpuPower) {

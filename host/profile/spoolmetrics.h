@@ -9,6 +9,8 @@
 #include <QString>
 #include <QVector>
 
+#include <array>
+
 class ProfilerData;
 
 // Makes the metrics of a job from the figures in its spools, one process at a time. The processes of a node
@@ -42,7 +44,7 @@ private:
     };
 
     Figures figuresOf(const SpoolProcess &process, const QVector<fern::spool::Bin> &bins, int figure) const;
-    QString reasonFor(int row) const;
+    QString whyNot(const QString &metric) const;
     void addEnergy(Collected &energy, const Figures &power) const;
     void addGauge(Collected &metric, const Figures &figures) const;
     void addRate(Collected &metric, const Figures &figures, const SpoolProcess &process, int row) const;
@@ -63,9 +65,7 @@ private:
     int mNodes = 0;
     SamplerMetrics mSampler;
     quint64 mTicks = 0;
-    int mCounterError = 0; // of any process, as the two that follow
-    quint32 mCpuPowerState = 0;
-    quint32 mSystemPowerState = 0;
+    std::array<quint32, fern::spool::SourceCount> mSourceStates = {}; // the greatest of any process
 };
 
 #endif

@@ -146,12 +146,10 @@ bool SpoolReader::readProcess(const QString &path, SpoolProcess *process, QStrin
     read.maxThreads = countOrZero(header.maxThreads);
     read.ticks = header.ticks;
     read.threadsMissed = header.threadsMissed;
-    read.counterError = countOrZero(header.counterError);
     read.codeBlockCount = int(header.codeBlockCount);
     read.programCounterCount = int(header.programCounterCount);
     read.programCountersLost = header.programCountersLost;
-    read.cpuPowerState = header.cpuPowerState;
-    read.systemPowerState = header.systemPowerState;
+    std::copy(std::begin(header.sourceStates), std::end(header.sourceStates), read.sourceStates.begin());
     read.samplerCpuNs = header.samplerCpuNs;
     read.hostname = QString::fromUtf8(text(header.hostname));
     read.executable = QFile::decodeName(text(header.executable));

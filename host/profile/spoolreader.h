@@ -7,6 +7,8 @@
 #include <QString>
 #include <QVector>
 
+#include <array>
+
 // What is known of one process of the job, the bins of its spool left out. Times are real times in
 // nanoseconds.
 struct SpoolProcess {
@@ -25,12 +27,10 @@ struct SpoolProcess {
     QString hostname;
     QString executable; // path
 
-    int counterError = 0; // errno where program counters couldn't be had
+    std::array<quint32, fern::spool::SourceCount> sourceStates = {}; // fern::spool::SourceState by SourceId
     int codeBlockCount = 0;
     int programCounterCount = 0;
     quint64 programCountersLost = 0;
-    quint32 cpuPowerState = 0; // fern::spool::SensorState
-    quint32 systemPowerState = 0;
     quint64 samplerCpuNs = 0; // CPU time of the sampling thread
 
     qint64 startNs = 0; // when sampling began, before any clamping to bins

@@ -4,6 +4,7 @@
 #include "cli/fernandquillonreportcommonargs.h"
 #include "profile/metricdefinitions.h"
 #include "profile/metricreasons.h"
+#include "profile/metrictable.h"
 #include "workflow/argumentapplier.h"
 #include "workflow/brivanetool.h"
 #include "workflow/configfile.h"
@@ -45,7 +46,12 @@ QString metricList()
     QString text;
     const MetricDefinitions definitions = MetricDefinitions::ofSampler();
     for (const Metric &metric : definitions.getAllMetrics()) {
+        const MetricTable::Source &source = MetricTable::sourceOf(metric.id);
         text += QStringLiteral("%1\n    %2\n").arg(metric.id, metric.description);
+        text += QStringLiteral("    %1 of each %2; %3, %4\n")
+                    .arg(metric.units.isEmpty() ? QStringLiteral("number") : metric.units,
+                        metric.scope == Metric::PerNode ? QStringLiteral("node") : QStringLiteral("process"),
+                        source.how, source.often);
         const QString whyNot = MetricReasons::onThisMachine(metric.id);
         if (!whyNot.isEmpty())
             text += QStringLiteral("    %1\n").arg(whyNot);

@@ -16,7 +16,7 @@
 namespace fern::spool {
 
 constexpr char Magic[8] = {'F', 'E', 'R', 'N', 'S', 'P', 'L', '\0'};
-constexpr std::uint32_t FormatVersion = 2;
+constexpr std::uint32_t FormatVersion = 3;
 
 // Bins of a run at most; when they are full, neighbours are added up and the interval doubles.
 constexpr std::uint32_t MaxBins = 1000;
@@ -109,12 +109,33 @@ struct ProgramCounter {
 
 constexpr std::uint32_t MaxProgramCounters = 16384;
 
-// What became of a sensor of the node.
-enum SensorState : std::uint32_t {
-    SensorUnknown, // nobody looked
-    SensorRead,
-    SensorAbsent,
-    SensorRefused // it is there, but this user may not read it
+// Where figures come from: the rows of host/profile/metrics.def, which says of each what it is.
+enum SourceId : std::uint32_t {
+    SourceNone,
+    SourceCores,
+    SourceMemorySize,
+    SourceResidentSize,
+    SourceMemory,
+    SourceLoad,
+    SourceCpuClock,
+    SourceBytes,
+    SourceMpiCalls,
+    SourceProgramCounters,
+    SourceCpuPower,
+    SourceSystemPower,
+    SourceBudget,
+    SourceSampler,
+    SourceCount = 32 // room for those to come
+};
+
+// What became of a source. Of several processes the greatest counts: it tells more.
+enum SourceState : std::uint32_t {
+    SourceUnknown, // nobody looked, or there is nothing to tell
+    SourceRead,
+    SourceAbsent,
+    SourceLimited, // it is there, but there was no room for more, of descriptors for instance
+    SourceRefused, // it is there, but this user may not read it
+    SourceStateCount
 };
 
 enum HeaderFlag : std::uint32_t {
@@ -161,13 +182,12 @@ struct Header {
     std::uint64_t samplerCpuNs; // CPU time of the sampling thread
     std::uint64_t threadsMissed; // threads that found no free slot
 
-    std::int32_t counterError; // errno of the last thread whose program counters can't be had; 0 if none
     std::uint32_t codeBlockCount;
     std::uint32_t programCounterCount;
     std::uint32_t programCounterStep; // one of so many program counters is kept; a power of two
+    std::uint32_t morePadding;
     std::uint64_t programCountersLost; // found no code block, or came too fast
-    std::uint32_t cpuPowerState; // SensorState
-    std::uint32_t systemPowerState; // SensorState
+    std::uint32_t sourceStates[SourceCount]; // SourceState by SourceId
 
     char hostname[256];
     char executable[4096]; // path, as the kernel knows it

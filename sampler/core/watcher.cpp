@@ -169,8 +169,8 @@ void Watcher::readPower(std::uint64_t timeNs)
         mSpool.addReading(spool::FigureCpuPower, mPowerNs, timeNs, watts.cpu);
     if (watts.system >= 0.0)
         mSpool.addReading(spool::FigureSystemPower, mPowerNs, timeNs, watts.system);
-    mSpool.header().cpuPowerState = mPower.cpuState();
-    mSpool.header().systemPowerState = mPower.systemState();
+    mSpool.header().sourceStates[spool::SourceCpuPower] = mPower.cpuState();
+    mSpool.header().sourceStates[spool::SourceSystemPower] = mPower.systemState();
     mPowerNs = timeNs;
 }
 

@@ -52,7 +52,7 @@ void PowerFigures::open()
 void PowerFigures::openPackages()
 {
     mPackageCount = 0;
-    mCpuState = spool::SensorAbsent;
+    mCpuState = spool::SourceAbsent;
     for (std::uint64_t zone = 0; zone < MaxPackages; ++zone) {
         Path folder;
         folder << settings.sysfs << "/class/powercap/intel-rapl:" << zone << "/";
@@ -64,7 +64,7 @@ void PowerFigures::openPackages()
         energy << "energy_uj";
         const int file = raw::open(energy.text());
         if (file < 0) {
-            mCpuState = spool::SensorRefused;
+            mCpuState = spool::SourceRefused;
             continue;
         }
         Path range = folder;
@@ -75,18 +75,18 @@ void PowerFigures::openPackages()
         mPackages[mPackageCount++] = {file, takeNumber(at), 0};
     }
     // A sum that lacks a package would be wrong.
-    if (mCpuState != spool::SensorRefused && mPackageCount > 0)
-        mCpuState = spool::SensorRead;
+    if (mCpuState != spool::SourceRefused && mPackageCount > 0)
+        mCpuState = spool::SourceRead;
 }
 
 void PowerFigures::openSystem()
 {
     Path cray;
     cray << settings.sysfs << "/cray/pm_counters/power";
-    mSystemState = spool::SensorAbsent;
+    mSystemState = spool::SourceAbsent;
     mSystemFile = raw::open(cray.text());
     if (mSystemFile == -EACCES)
-        mSystemState = spool::SensorRefused;
+        mSystemState = spool::SourceRefused;
     mSystemUnit = 1.0;
     for (std::uint64_t meter = 0; meter < MaxMeters && mSystemFile < 0; ++meter) {
         Path folder;
@@ -99,11 +99,11 @@ void PowerFigures::openSystem()
         average << "power1_average";
         mSystemFile = raw::open(average.text());
         if (mSystemFile < 0)
-            mSystemState = spool::SensorRefused;
+            mSystemState = spool::SourceRefused;
         mSystemUnit = 1e-6;
     }
     if (mSystemFile >= 0)
-        mSystemState = spool::SensorRead;
+        mSystemState = spool::SourceRead;
 }
 
 PowerFigures::Watts PowerFigures::read(std::uint64_t timeNs)
@@ -115,7 +115,7 @@ PowerFigures::Watts PowerFigures::read(std::uint64_t timeNs)
 
 double PowerFigures::readCpu(std::uint64_t timeNs)
 {
-    if (mCpuState != spool::SensorRead)
+    if (mCpuState != spool::SourceRead)
         return -1.0;
     const std::uint64_t passedNs = mLastNs != 0 && timeNs > mLastNs ? timeNs - mLastNs : 0;
     mLastNs = 0; // until all packages have been read
@@ -138,7 +138,7 @@ double PowerFigures::readCpu(std::uint64_t timeNs)
 double PowerFigures::readSystem()
 {
     std::uint64_t power = 0;
-    if (mSystemState != spool::SensorRead || !readNumber(mSystemFile, power))
+    if (mSystemState != spool::SourceRead || !readNumber(mSystemFile, power))
         return -1.0;
     return static_cast<double>(power) * mSystemUnit;
 }

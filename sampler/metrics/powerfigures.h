@@ -24,8 +24,8 @@ public:
     // Power now. That of the processors is a mean since the last call, so the first one knows none.
     Watts read(std::uint64_t timeNs);
 
-    spool::SensorState cpuState() const { return mCpuState; }
-    spool::SensorState systemState() const { return mSystemState; }
+    spool::SourceState cpuState() const { return mCpuState; }
+    spool::SourceState systemState() const { return mSystemState; }
 
 private:
     static constexpr int MaxPackages = 16;
@@ -45,8 +45,8 @@ private:
     int mPackageCount = 0;
     int mSystemFile = -1;
     double mSystemUnit = 1.0; // watts
-    spool::SensorState mCpuState = spool::SensorUnknown;
-    spool::SensorState mSystemState = spool::SensorUnknown;
+    spool::SourceState mCpuState = spool::SourceUnknown;
+    spool::SourceState mSystemState = spool::SourceUnknown;
     bool mIsOpen = false;
     std::uint64_t mLastNs = 0; // when the packages were last read; 0 if they weren't
 };

@@ -39,6 +39,22 @@ long openEvent(std::int32_t tid)
     return raw::call(SYS_perf_event_open, raw::address(&attributes), tid, -1, -1, PERF_FLAG_FD_CLOEXEC);
 }
 
+// What the kernel's answer says, a negative error number.
+spool::SourceState stateOf(long error)
+{
+    switch (-error) {
+    case EPERM:
+    case EACCES:
+        return spool::SourceRefused;
+    case EMFILE:
+    case ENFILE:
+    case ENOMEM:
+        return spool::SourceLimited;
+    default:
+        return spool::SourceAbsent;
+    }
+}
+
 std::uint64_t ringSize()
 {
     return 2 * settings.pageSize;
@@ -93,13 +109,13 @@ void ProgramCounters::watch(Spool &spool, Ring &ring, std::int32_t tid)
         mMemory = raw::open("/proc/self/mem");
     const long event = isAllowed ? openEvent(tid) : -EPERM;
     if (event < 0) {
-        spool.header().counterError = static_cast<std::int32_t>(-event);
+        spool.header().sourceStates[spool::SourceProgramCounters] = stateOf(event);
         return;
     }
     const long mapping
         = raw::call(SYS_mmap, 0, static_cast<long>(ringSize()), PROT_READ | PROT_WRITE, MAP_SHARED, event, 0);
     if (mapping < 0 && mapping > -4096) {
-        spool.header().counterError = static_cast<std::int32_t>(-mapping);
+        spool.header().sourceStates[spool::SourceProgramCounters] = stateOf(mapping);
         raw::close(static_cast<int>(event));
         return;
     }

@@ -2,6 +2,7 @@
 
 #include "profile/metricids.h"
 #include "profile/metricreasons.h"
+#include "sampler/core/spoolformat.h"
 
 #include "qtprinters.h"
 
@@ -10,8 +11,6 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
-
-#include <cerrno>
 
 namespace {
 
@@ -65,10 +64,18 @@ TEST_F(MetricReasonsOfAMachine, DontTakeAnyMeterForTheNodesOwn)
 
 TEST(MetricReasons, SayWhatTheUserCanDo)
 {
-    EXPECT_TRUE(MetricReasons::programCounters(EACCES).startsWith("Requires permission"));
-    EXPECT_TRUE(MetricReasons::programCounters(EPERM).contains("kernel.perf_event_paranoid"));
-    EXPECT_TRUE(MetricReasons::programCounters(ENOSYS).startsWith("Not supported"));
-    EXPECT_TRUE(MetricReasons::programCounters(EMFILE).startsWith("Requires"));
+    const auto reason = [](quint32 state) { return MetricReasons::ofState(METRIC_INSTR_FP, state); };
+    EXPECT_TRUE(reason(fern::spool::SourceRefused).startsWith("Requires permission"));
+    EXPECT_TRUE(reason(fern::spool::SourceRefused).contains("kernel.perf_event_paranoid"));
+    EXPECT_TRUE(reason(fern::spool::SourceAbsent).startsWith("Not supported"));
+    EXPECT_TRUE(reason(fern::spool::SourceLimited).startsWith("Requires"));
+}
+
+TEST(MetricReasons, StateThatNoRowKnowsIsToldAsNotRead)
+{
+    EXPECT_EQ(MetricReasons::ofState(METRIC_RSS, fern::spool::SourceRefused),
+        "Requires a readable /proc/self/statm.");
+    EXPECT_EQ(MetricReasons::ofState(METRIC_RSS, 4711), "Requires a readable /proc/self/statm.");
 }
 
 } // namespace

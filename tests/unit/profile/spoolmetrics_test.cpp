@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -165,8 +164,8 @@ TEST(SpoolMetrics, WhatWasNeverReadHasAReason)
     EXPECT_EQ(profile.getFirstMetricError(METRIC_RSS), "Requires a readable /proc/self/statm.");
     EXPECT_EQ(profile.getFirstMetricError(METRIC_LOAD_AVG), "Requires a readable /proc/loadavg.");
     EXPECT_EQ(profile.getFirstMetricError(METRIC_CHARS_READ), "Requires a readable /proc/self/io.");
-    EXPECT_EQ(
-        profile.getFirstMetricError(METRIC_NUM_PHYSICAL_CORES_PER_NODE), "Not supported on this system.");
+    EXPECT_EQ(profile.getFirstMetricError(METRIC_NUM_PHYSICAL_CORES_PER_NODE),
+        "Requires a readable /sys/devices/system/cpu.");
     const std::unique_ptr<MetricModel> model(profile.metricModel(METRIC_RSS, nullptr, -1, -1));
     EXPECT_TRUE(!model || model->rowCount() == 0);
     EXPECT_FALSE(profile.getMetricOrEmpty(METRIC_CHARS_READ).isDefined());
@@ -265,7 +264,7 @@ TEST(SpoolMetrics, ProgramCountersThatAreRefusedSayWhoCanHelp)
 {
     SpoolFolder folder;
     SpoolWriter writer(0, 100, 100);
-    writer.header.counterError = EACCES;
+    writer.header.sourceStates[spool::SourceProgramCounters] = spool::SourceRefused;
     folder.add(writer);
     EXPECT_TRUE(folder.merge().getFirstMetricError(METRIC_INSTR_MEM).startsWith("Requires permission"));
 }
