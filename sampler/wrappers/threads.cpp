@@ -48,8 +48,9 @@ void watchEndOfThisThread()
         pthread_setspecific(endKey, currentSlot);
 }
 
-// Threads that an MPI library makes for itself, as it starts or later, aren't the program's.
-bool isMadeByMpi()
+// Threads that an MPI or an accelerator's library makes for itself, as it starts or later, aren't the
+// program's.
+bool isMadeByLibrary()
 {
     if (currentSlot == nullptr)
         return false;
@@ -59,6 +60,7 @@ bool isMadeByMpi()
     case spool::MpiOther:
     case spool::MpiIoRead:
     case spool::MpiIoWrite:
+    case spool::Accelerator:
         return true;
     default:
         return false;
@@ -68,7 +70,7 @@ bool isMadeByMpi()
 // A slot for a thread that is about to be made; nullptr if it is to run as if we weren't there.
 Slot *slotForNewThread()
 {
-    if (!hasEndKey.load(std::memory_order_acquire) || isMadeByMpi())
+    if (!hasEndKey.load(std::memory_order_acquire) || isMadeByLibrary())
         return nullptr;
     Slot *slot = registry::claim();
     // GCC's OpenMP runtime makes its threads when a region begins.

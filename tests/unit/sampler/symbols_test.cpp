@@ -39,6 +39,8 @@ Names wrappedCalls()
 #define FERN_GOMP_TASKS(name, words) #name,
 #define FERN_GOMP_RUNTIME(name, words) #name,
 #include "openmp/gompcalls.def"
+#define FERN_ACCELERATOR(library, name, words) #name,
+#include "accelerator/acceleratorcalls.def"
     };
     return sorted(names);
 }
