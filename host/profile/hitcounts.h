@@ -5,14 +5,15 @@
 
 #include <QtGlobal>
 
-// How often threads were found doing something, by category, summed over the processes of a job.
+// For how long threads were found doing something, by category, summed over the processes of a job. The unit
+// is that of the spools, a tenth of a millisecond, but nothing depends on it: all figures are shares.
 struct HitCounts {
     struct Of {
         qint64 main = 0; // main threads
-        qint64 mainActive = 0; // of these, those that had used CPU time since they were last looked at
+        qint64 mainActive = 0; // CPU time that they used meanwhile
         qint64 other = 0; // all other threads
         qint64 otherActive = 0;
-        qint64 mainAlone = 0; // main threads while no other thread of their process was active
+        qint64 mainAlone = 0; // main threads while no other thread of their process was at work
     };
 
     Of of[Category::Count];

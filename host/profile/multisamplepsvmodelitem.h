@@ -26,7 +26,7 @@ public:
     // Hits of a category from this item down. Without call stacks that is all there are.
     double getTotalHitsFrom(DataScope::Enum scope, Category::Enum category) const;
 
-    // Those of them in which the thread had used CPU time.
+    // The CPU time that the threads used meanwhile, in the same unit.
     double getActiveHits(DataScope::Enum scope, Category::Enum category) const;
 
     // Active hits of the item itself, which are those of plain computing, and of its children, which are

@@ -103,6 +103,16 @@ std::size_t readAt(int fd, char *buffer, std::size_t size, std::int64_t offset)
     return done;
 }
 
+std::size_t readOnceAt(int fd, char *buffer, std::size_t size, std::int64_t offset)
+{
+    const long got
+        = call(SYS_pread64, fd, address(buffer), static_cast<long>(size), static_cast<long>(offset));
+    if (got <= 0)
+        return 0;
+    bytesRead += static_cast<std::uint64_t>(got);
+    return static_cast<std::size_t>(got);
+}
+
 std::size_t readTextFile(const char *path, char *buffer, std::size_t size)
 {
     const int fd = open(path);

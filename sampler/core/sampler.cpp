@@ -29,6 +29,18 @@ enum Order : std::uint32_t {
 
 constexpr std::uint64_t NsPerSecond = 1000000000;
 
+// The kernel's own header for it clashes with the C library's in some versions.
+struct SchedulingAttributes {
+    std::uint32_t size;
+    std::uint32_t policy;
+    std::uint64_t flags;
+    std::int32_t nice;
+    std::uint32_t priority;
+    std::uint64_t runtime;
+    std::uint64_t deadline;
+    std::uint64_t period;
+};
+
 Watcher watcher;
 alignas(64) char stack[64 * 1024];
 std::atomic<std::uint32_t> order{GoOn};
@@ -97,9 +109,24 @@ void sampleUntilStopped()
     }
 }
 
+// Asks for short turns on a processor, which come sooner (Linux 6.12; earlier ones take no notice). Where all
+// processors are busy a look would otherwise wait for the end of a turn of the program that it is to see.
+void askForShortTurns()
+{
+    SchedulingAttributes attributes{};
+    attributes.size = sizeof(attributes);
+    if (raw::call(SYS_sched_getattr, 0, raw::address(&attributes), sizeof(attributes), 0) != 0
+        || attributes.policy != SCHED_OTHER)
+        return;
+    constexpr std::uint64_t ShortestTurnNs = 100'000;
+    attributes.runtime = ShortestTurnNs;
+    raw::call(SYS_sched_setattr, 0, raw::address(&attributes), 0);
+}
+
 void samplingThread()
 {
     raw::call(SYS_prctl, PR_SET_NAME, raw::address("fern-sampler"));
+    askForShortTurns();
     leaveDescriptors();
     watcher.begin();
     sampleUntilStopped();

@@ -42,11 +42,11 @@ void add(spool::Figure &target, const spool::Figure &source)
 void add(spool::Bin &target, const spool::Bin &source)
 {
     for (std::uint32_t c = 0; c < spool::CategoryCount; ++c) {
-        target.mainHits[c] += source.mainHits[c];
-        target.mainActiveHits[c] += source.mainActiveHits[c];
-        target.otherHits[c] += source.otherHits[c];
-        target.otherActiveHits[c] += source.otherActiveHits[c];
-        target.mainAloneHits[c] += source.mainAloneHits[c];
+        addHits(target.mainHits[c], source.mainHits[c]);
+        addHits(target.mainActiveHits[c], source.mainActiveHits[c]);
+        addHits(target.otherHits[c], source.otherHits[c]);
+        addHits(target.otherActiveHits[c], source.otherActiveHits[c]);
+        addHits(target.mainAloneHits[c], source.mainAloneHits[c]);
     }
     for (std::uint32_t f = 0; f < spool::FigureCount; ++f)
         add(target.figures[f], source.figures[f]);

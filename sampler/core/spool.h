@@ -7,6 +7,13 @@
 
 namespace fern {
 
+// Adds hits up to the highest number that there is.
+inline void addHits(std::uint32_t &hits, std::uint32_t more)
+{
+    if (__builtin_add_overflow(hits, more, &hits))
+        hits = ~std::uint32_t(0);
+}
+
 // The spool of this process, written by the sampling thread alone, with raw system calls only. Times
 // are CLOCK_REALTIME in nanoseconds.
 class Spool {

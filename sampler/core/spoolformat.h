@@ -21,6 +21,10 @@ constexpr std::uint32_t FormatVersion = 3;
 // Bins of a run at most; when they are full, neighbours are added up and the interval doubles.
 constexpr std::uint32_t MaxBins = 1000;
 
+// What a hit stands for, in nanoseconds. A thousand threads fill a bin's numbers in a bin of seven minutes,
+// which is a run of five days; they stop there.
+constexpr std::uint64_t HitUnitNs = 100'000;
+
 // What a thread is doing. The numbers are those of the host's Category::Enum, so that a reader
 // need not translate; they are part of the .fern format, too. MPI calls are told apart by kind,
 // file I/O by direction.
@@ -40,7 +44,7 @@ enum Category : std::uint32_t {
     PthreadSync = 12, // waiting for a lock, a condition, another thread
     MpiIoRead = 13,
     MpiIoWrite = 14,
-    Sleep = 15, // asleep by its own wish, or a plain thread that waits in a way that no wrapper sees
+    Sleep = 15, // asleep by its own wish, or waiting in a way that is none of the others'
     OpenMpMonitor = 19,
     CategoryCount = 24 // room for those to come
 };
@@ -78,14 +82,14 @@ enum FigureId : std::uint32_t {
 };
 
 struct Bin {
-    // Hits: how often a thread was found doing something. `active` counts those in which the thread
-    // had used CPU time since it was last looked at: a twentieth of the time at least, since waking
-    // up to look around isn't work.
+    // Hits: for how long threads were found doing something, in units of HitUnitNs. A look stands for the
+    // time since the look before, so that shares stay those of time when a busy machine delays looks.
+    // `active` is the CPU time that the threads used meanwhile, in the same units.
     std::uint32_t mainHits[CategoryCount];
     std::uint32_t mainActiveHits[CategoryCount];
     std::uint32_t otherHits[CategoryCount]; // of all threads but the main one
     std::uint32_t otherActiveHits[CategoryCount];
-    // Hits of the main thread during which no other thread of the process was active.
+    // Hits of the main thread during which no other thread of the process was at work.
     std::uint32_t mainAloneHits[CategoryCount];
     Figure figures[FigureCount];
 };

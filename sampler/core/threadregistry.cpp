@@ -17,6 +17,11 @@ std::atomic<std::uint32_t> alive{0};
 std::atomic<std::uint32_t> most{0};
 std::atomic<std::uint64_t> missed{0};
 
+bool isInRegion(std::uint32_t category)
+{
+    return category == spool::OpenMp || category == spool::OpenMpRuntimeInRegion;
+}
+
 void raise(std::atomic<std::uint32_t> &maximum, std::uint32_t value)
 {
     std::uint32_t before = maximum.load(std::memory_order_relaxed);
@@ -51,9 +56,12 @@ spool::Category categoryOf(const Slot &slot)
     if (category != Slot::WaitsInTeam)
         return static_cast<spool::Category>(category);
     const Slot &master = slots[slot.team.load(std::memory_order_relaxed)];
-    const bool isInRegion = master.regionsLeft.load(std::memory_order_relaxed)
-        == slot.teamRegion.load(std::memory_order_relaxed);
-    return isInRegion ? spool::OpenMpRuntimeInRegion : spool::OpenMpRuntimeOutOfRegion;
+    const std::uint32_t left = master.regionsLeft.load(std::memory_order_relaxed)
+        - slot.teamRegion.load(std::memory_order_relaxed);
+    // Of the team that has just left a region, whose master is in the next one: it is about to start there,
+    // and on a busy machine it waits for a processor first.
+    const bool isStarting = left == 1 && isInRegion(master.category.load(std::memory_order_relaxed));
+    return left == 0 || isStarting ? spool::OpenMpRuntimeInRegion : spool::OpenMpRuntimeOutOfRegion;
 }
 
 void adoptMainThread()

@@ -17,8 +17,11 @@ constexpr std::uint64_t FigureIntervalNs = 100'000'000;
 constexpr std::uint64_t PowerIntervalNs = 500'000'000;
 // Sensors and the places where a program computes are only worth asking once it has lived for a while.
 constexpr std::uint64_t ShortLifeNs = 100'000'000;
-// A thread is active if it ran for this part of the time since the last look.
-constexpr std::uint64_t ActivePart = 20;
+// A thread worked if it ran for this part of the time since the last look: waking up to look around isn't
+// work.
+constexpr std::uint64_t WorkPart = 20;
+// What a look can stand for: beyond that the process didn't run at all.
+constexpr std::uint64_t MaxGapNs = 1'000'000'000;
 
 } // namespace
 
@@ -26,7 +29,8 @@ void Watcher::reset(std::uint64_t startNs, std::uint64_t startMonotonicNs)
 {
     mSpool.forget();
     mProgramCounters.forget();
-    mStartNs = mLookNs = mFiguresNs = mPowerNs = startNs;
+    mKernelView.forget();
+    mStartNs = mLookNs = mHitsNs = mFiguresNs = mPowerNs = startNs;
     mStartMonotonicNs = startMonotonicNs;
     mEarlierCpuNs = 0;
     mTicks = 0;
@@ -88,25 +92,49 @@ void Watcher::finish(bool wantsSpool)
         updateHeader(time);
     }
     mProgramCounters.end();
+    mKernelView.end();
     mEarlierCpuNs += process::ownCpuNs();
     mSpool.closeFile();
 }
 
-bool Watcher::hasWorked(std::uint32_t index, std::int32_t tid, std::uint64_t passedNs)
+Watcher::Passed Watcher::cpuTimeOf(std::uint32_t index, std::int32_t tid)
 {
     Seen &seen = mSeen[index];
+    if (seen.tid != tid)
+        seen = {tid, 0, 0};
     const std::uint64_t cpuNs = raw::clockNs(raw::threadCpuClock(tid));
-    const std::uint64_t before = seen.tid == tid ? seen.cpuNs : 0;
-    // A thread that has just ended has no clock any more.
-    const bool worked = cpuNs > before && (cpuNs - before) * ActivePart >= passedNs;
-    seen = {tid, cpuNs};
-    return worked;
+    if (cpuNs <= seen.cpuNs) // a thread that has just ended has no clock any more
+        return {0, 0};
+    const std::uint64_t passedNs = cpuNs - seen.cpuNs;
+    const std::uint64_t hits = (cpuNs - seen.countedCpuNs) / spool::HitUnitNs;
+    seen.cpuNs = cpuNs;
+    seen.countedCpuNs += hits * spool::HitUnitNs;
+    return {passedNs, static_cast<std::uint32_t>(hits)};
+}
+
+KernelView::Answer Watcher::askKernel(std::uint32_t index, std::int32_t tid)
+{
+    const bool mayOpen = !mKernelView.knows(index, tid) && !mProgramCounters.isSandboxed();
+    return mKernelView.ask(index, tid, mayOpen);
+}
+
+// The hits that a thread has which did the same thing since the last look. What is less than a hit is left
+// for the next one.
+std::uint32_t Watcher::hitsUntil(std::uint64_t timeNs)
+{
+    const std::uint64_t passedNs = timeNs > mHitsNs ? timeNs - mHitsNs : 0;
+    if (passedNs > MaxGapNs)
+        mHitsNs = timeNs - MaxGapNs;
+    const std::uint64_t hits = (timeNs - mHitsNs) / spool::HitUnitNs;
+    mHitsNs += hits * spool::HitUnitNs;
+    return static_cast<std::uint32_t>(hits);
 }
 
 void Watcher::lookAtThreads(std::uint64_t timeNs)
 {
     spool::Bin &bin = mSpool.binAt(timeNs);
     const std::uint64_t passedNs = timeNs - mLookNs;
+    const std::uint32_t hits = hitsUntil(timeNs);
     mLookNs = timeNs;
     bool othersWork = false;
     const std::uint32_t count = registry::usedSlots();
@@ -115,20 +143,28 @@ void Watcher::lookAtThreads(std::uint64_t timeNs)
         const std::int32_t tid = slot.tid.load(std::memory_order_acquire);
         if (tid <= 0)
             continue;
-        const bool works = hasWorked(i, tid, passedNs);
         const bool isMain = i == 0;
+        const Passed passed = cpuTimeOf(i, tid);
+        bool works = passed.cpuNs * WorkPart >= passedNs;
         std::uint32_t category = registry::categoryOf(slot);
         if (timeNs - mStartNs >= ShortLifeNs)
             mProgramCounters.look(mSpool, i, tid, category, works, timeNs);
-        // A thread beside the main one that no wrapper sees waiting and that uses no processor waits for
-        // work by a call of its own, as the helper threads of MPI libraries do: it doesn't compute.
-        if (category == spool::PthreadCompute && !works)
-            category = spool::Sleep;
-        ++(isMain ? bin.mainHits : bin.otherHits)[category];
-        if (works)
-            ++(isMain ? bin.mainActiveHits : bin.otherActiveHits)[category];
+        // No wrapper sees what it does, and for a part of the time it didn't compute: it waits in a call of
+        // its own, or for a processor.
+        const bool isUnseen = category == spool::Compute || category == spool::PthreadCompute;
+        if (isUnseen && (passedNs - passedNs / WorkPart) > passed.cpuNs) {
+            const KernelView::Answer answer = askKernel(i, tid);
+            if (!answer.isKnown)
+                category = works || isMain ? category : spool::Sleep;
+            else if (!answer.runs && answer.category != spool::Compute)
+                category = answer.category;
+            works = works || (answer.isKnown && answer.runs);
+        }
+        const std::uint32_t active = passed.activeHits < hits ? passed.activeHits : hits;
+        addHits((isMain ? bin.mainHits : bin.otherHits)[category], hits);
+        addHits((isMain ? bin.mainActiveHits : bin.otherActiveHits)[category], active);
         if (isMain && !othersWork)
-            ++bin.mainAloneHits[category];
+            addHits(bin.mainAloneHits[category], hits);
         // Turning in circles until there is work is none.
         othersWork = othersWork || (works && category != spool::OpenMpRuntimeOutOfRegion);
     }

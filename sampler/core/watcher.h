@@ -1,6 +1,7 @@
 #ifndef SAMPLER_CORE_WATCHER_H
 #define SAMPLER_CORE_WATCHER_H
 
+#include "core/kernelview.h"
 #include "core/spool.h"
 #include "core/threadregistry.h"
 #include "metrics/nodefigures.h"
@@ -31,13 +32,22 @@ public:
     std::uint64_t tickNs() const;
 
 private:
+    // A thread at the last look.
     struct Seen {
         std::int32_t tid;
         std::uint64_t cpuNs;
+        std::uint64_t countedCpuNs; // of these, what was counted in whole units
+    };
+    // What became of a thread since then.
+    struct Passed {
+        std::uint64_t cpuNs;
+        std::uint32_t activeHits;
     };
 
     std::uint64_t realTime(std::uint64_t monotonicNs) const;
-    bool hasWorked(std::uint32_t index, std::int32_t tid, std::uint64_t passedNs);
+    Passed cpuTimeOf(std::uint32_t index, std::int32_t tid);
+    KernelView::Answer askKernel(std::uint32_t index, std::int32_t tid);
+    std::uint32_t hitsUntil(std::uint64_t timeNs);
     void lookAtThreads(std::uint64_t timeNs);
     void readFigures(std::uint64_t timeNs);
     void readPower(std::uint64_t timeNs);
@@ -49,10 +59,12 @@ private:
     process::Figures mProcess;
     PowerFigures mPower;
     ProgramCounters mProgramCounters;
+    KernelView mKernelView;
     process::Counters mCounted{}; // at mFiguresNs
     std::uint64_t mStartNs = 0; // CLOCK_REALTIME
     std::uint64_t mStartMonotonicNs = 0;
     std::uint64_t mLookNs = 0; // time of the last look
+    std::uint64_t mHitsNs = 0; // up to which time is counted in hits
     std::uint64_t mFiguresNs = 0; // time of the last reading
     std::uint64_t mPowerNs = 0; // likewise, of the sensors
     std::uint64_t mEarlierCpuNs = 0; // of earlier sampling threads of this process

@@ -28,6 +28,10 @@ public:
     void look(Spool &spool, std::uint32_t slot, std::int32_t tid, std::uint32_t category, bool works,
         std::uint64_t timeNs);
 
+    // Whether the program has shut itself in by filters of system calls since begin(): files had better not
+    // be opened any more.
+    bool isSandboxed();
+
 private:
     struct Ring {
         std::int32_t tid; // of the watched thread; 0 for none
@@ -41,7 +45,6 @@ private:
     void empty(Spool &spool, Ring &ring, std::uint32_t category, std::uint64_t timeNs);
     bool hasCode(Spool &spool, std::uint64_t address);
     bool hasBlock(Spool &spool, std::uint64_t address);
-    bool isSandboxed();
 
     Ring mRings[MaxThreads] = {}; // by slot
     std::uint32_t mUsedRings = 0;

@@ -10,9 +10,8 @@
 
 namespace {
 
-// More than elsewhere: while all processors compute, on a busy machine, the sampling thread waits for one,
-// too.
-constexpr double Points = 8.0;
+// Room for what a busy machine does between a look at the clock and the next line of the program.
+constexpr double Points = 5.0;
 
 class OpenMp : public testing::TestWithParam<const char *> {
 protected:
@@ -65,7 +64,7 @@ TEST_P(OpenMp, ComputingWaitingAndIdlingAreToldApart)
     }
     // Nobody else works while the main thread computes alone; a look may find one thread before and the other
     // one after a region's end.
-    EXPECT_NEAR(total.mainAloneHits[spool::Compute], total.mainHits[spool::Compute], 3);
+    EXPECT_GE(total.mainAloneHits[spool::Compute], 0.9 * total.mainHits[spool::Compute]);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sampler, OpenMp, testing::Values("gcc", "llvm"),

@@ -176,6 +176,7 @@ static void writeWide(int from, int to)
         wmemset(text, L'x', WideSize - 1);
     rewind(file);
     fputws(text, file);
+    fflush(file);
 }
 
 static int shares(int from, int to)

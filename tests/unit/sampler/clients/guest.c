@@ -152,6 +152,33 @@ static int doIdleThread(void)
     return 0;
 }
 
+/* Waits in calls of its own, as runtimes of other languages do, and computes. */
+static void *waitByItself(void *unused)
+{
+    (void)unused;
+    static unsigned word;
+    const struct timespec time = {0, 250000000};
+    const double start = seconds();
+    syscall(SYS_futex, &word, 128 /* wait, private */, 0, &time, NULL, 0);
+    const double waited = seconds();
+    poll(NULL, 0, 250);
+    const double polled = seconds();
+    const double computed = compute(0.25);
+    printf("futex %f\npoll %f\ncompute %f\n", waited - start, polled - waited, computed);
+    return NULL;
+}
+
+static int doRawWaits(void)
+{
+    pthread_t thread;
+    static unsigned word;
+    const struct timespec time = {0, 800000000};
+    pthread_create(&thread, NULL, waitByItself, NULL);
+    syscall(SYS_futex, &word, 128, 0, &time, NULL, 0);
+    pthread_join(thread, NULL);
+    return 0;
+}
+
 static void *waitAtBarrier(void *barrier)
 {
     pthread_barrier_wait(barrier);
@@ -373,7 +400,7 @@ int main(int count, char **arguments)
         const char *name;
         int (*action)(void);
     } actions[] = {{"fork", doFork}, {"vfork", doVfork}, {"spawn", doSpawn}, {"exec", doExec},
-        {"failedexec", doFailedExec}, {"threads", doThreads}, {"idlethread", doIdleThread}, {"manythreads", doManyThreads},
+        {"failedexec", doFailedExec}, {"threads", doThreads}, {"idlethread", doIdleThread}, {"rawwaits", doRawWaits}, {"manythreads", doManyThreads},
         {"mainexits", doMainExits}, {"rawexit", doRawExit}, {"cancel", doCancel}, {"pipeend", doPipeEnd},
         {"quickexit", doQuickExit}, {"daemon", doDaemon}, {"signals", doSignals}, {"jump", doJump},
         {"abort", doAbort}, {"rights", doRights}};
