@@ -1,7 +1,9 @@
 #include "mpi/mpilibrary.h"
 
 #include <atomic>
+#include <cstring>
 #include <dlfcn.h>
+#include <link.h>
 
 namespace fern::mpi {
 
@@ -39,6 +41,40 @@ void *libraryOf(const void *address)
     if (address == nullptr || dladdr(address, &info) == 0 || info.dli_fname == nullptr)
         return nullptr;
     return dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD);
+}
+
+// Paths of loaded libraries whose file's name speaks of MPI.
+struct Candidates {
+    static constexpr int Most = 16;
+    char paths[Most][512];
+    int count;
+};
+
+int noteCandidate(dl_phdr_info *module, std::size_t, void *candidates)
+{
+    Candidates &noted = *static_cast<Candidates *>(candidates);
+    const char *slash = std::strrchr(module->dlpi_name, '/');
+    if (slash != nullptr && std::strstr(slash, "mpi") != nullptr && noted.count < Candidates::Most
+        && std::strlen(module->dlpi_name) < sizeof noted.paths[0])
+        std::strcpy(noted.paths[noted.count++], module->dlpi_name);
+    return 0;
+}
+
+// A library of MPI that neither all modules nor the caller see: another tool stands between us and the module
+// that loaded it for itself alone. Paths are noted first: libraries can't be opened while the list is walked.
+void *hiddenLibraryWith(const char *name)
+{
+    Candidates candidates;
+    candidates.count = 0;
+    dl_iterate_phdr(noteCandidate, &candidates);
+    for (int i = 0; i < candidates.count; ++i) {
+        void *library = dlopen(candidates.paths[i], RTLD_LAZY | RTLD_NOLOAD);
+        if (library != nullptr && dlsym(library, name) != nullptr)
+            return library;
+        if (library != nullptr)
+            dlclose(library);
+    }
+    return nullptr;
 }
 
 // A function of MPI that the sampler itself calls.
@@ -155,11 +191,16 @@ Function find(const char *name, const void *caller)
 {
     void *symbol = findSymbol(name);
     if (symbol == nullptr) {
-        if (void *library = libraryOf(caller)) {
-            symbol = dlsym(library, name);
-            if (symbol != nullptr)
-                localLibrary.store(library, std::memory_order_release);
+        void *library = libraryOf(caller);
+        symbol = library != nullptr ? dlsym(library, name) : nullptr;
+        if (symbol == nullptr) {
+            library = hiddenLibraryWith(name);
+            symbol = library != nullptr ? dlsym(library, name) : nullptr;
         }
+        if (symbol != nullptr)
+            localLibrary.store(library, std::memory_order_release);
+        else
+            dlerror();
     }
     return reinterpret_cast<Function>(symbol);
 }
