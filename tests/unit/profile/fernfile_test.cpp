@@ -309,6 +309,11 @@ TEST_F(FernFileTest, TruncatedFileIsRefusedWhereverItEnds)
     for (int size : {16, 99, 100, 512, 1023, 1024, 4096, whole.size() / 2, whole.size() - 1}) {
         EXPECT_EQ(refusal(file(whole.left(size))), "F is truncated") << size << " bytes";
     }
+    std::mt19937 random(5);
+    for (int round = 0; round < 1000; ++round) {
+        const int size = 16 + static_cast<int>(random() % static_cast<unsigned>(whole.size() - 16));
+        ASSERT_EQ(refusal(file(whole.left(size))), "F is truncated") << size << " bytes";
+    }
 }
 
 // What is done to a sound file, and where the reader finds the damage.

@@ -168,11 +168,30 @@ TEST(SpoolReader, BinsOfASpoolThatChangedMeanwhileAreRefused)
     EXPECT_EQ(reason, "changed while it was read");
 }
 
+TEST(SpoolReader, SpoolsThatEndAnywhereAreRefusedAndTheOthersMerged)
+{
+    std::mt19937 random(3);
+    const QByteArray sound = soundSpool().bytes();
+    for (int round = 0; round < 1000; ++round) {
+        // Some at each byte of the first and last hundred.
+        const int size = round < 100 ? round
+            : round < 200            ? sound.size() - (round - 99)
+                                     : static_cast<int>(random() % static_cast<unsigned>(sound.size()));
+        SpoolFolder folder;
+        folder.add(sound.left(size));
+        folder.add(sound);
+        const ProfilerData profile = folder.merge();
+        EXPECT_TRUE(folder.merged) << size;
+        EXPECT_EQ(profile.numTargetProcs(), 1) << size;
+        ASSERT_EQ(folder.remarks.size(), 1) << size;
+    }
+}
+
 TEST(SpoolReader, FlippedBytesNeverDoHarm)
 {
     std::mt19937 random(7);
     const QByteArray sound = soundSpool().bytes();
-    for (int round = 0; round < 400; ++round) {
+    for (int round = 0; round < 1000; ++round) {
         QByteArray bytes = sound;
         for (int flips = 0; flips < 4; ++flips) {
             // Most of them in the numbers of the header.

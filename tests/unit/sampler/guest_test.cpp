@@ -152,6 +152,16 @@ TEST(Guest, ThreadsBeyondTheTableRunUnsampled)
     EXPECT_EQ(visit.first().header().threadsMissed, 1100U - 1023U);
 }
 
+TEST(Guest, TenThousandThreadsAtATime)
+{
+    // Processes, memory maps and tasks of a group of processes all have their limits.
+    if (run({client("guest"), "tenthousandthreads"}).status != 0)
+        GTEST_SKIP() << "Requires a system that allows 10,000 threads";
+    const Visit visit("tenthousandthreads");
+    EXPECT_EQ(visit.first().header().maxThreads, 1024);
+    EXPECT_EQ(visit.first().header().threadsMissed, 10000U - 1023U);
+}
+
 TEST(Guest, PthreadExitInMain)
 {
     const Visit visit("mainexits");

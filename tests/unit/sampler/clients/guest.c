@@ -185,24 +185,33 @@ static void *waitAtBarrier(void *barrier)
     return NULL;
 }
 
-static int doManyThreads(void)
+static int waitAtBarrierWith(int count)
 {
-    enum { Count = 1100 };
-    static pthread_t threads[Count];
+    static pthread_t threads[10000];
     pthread_attr_t small;
     pthread_barrier_t barrier;
     pthread_attr_init(&small);
     pthread_attr_setstacksize(&small, 1 << 16);
-    pthread_barrier_init(&barrier, NULL, Count + 1);
-    for (int i = 0; i < Count; ++i) {
+    pthread_barrier_init(&barrier, NULL, count + 1);
+    for (int i = 0; i < count; ++i) {
         if (pthread_create(&threads[i], &small, waitAtBarrier, &barrier) != 0)
             abort();
     }
     pthread_barrier_wait(&barrier);
-    for (int i = 0; i < Count; ++i)
+    for (int i = 0; i < count; ++i)
         pthread_join(threads[i], NULL);
     say("all gone");
     return 0;
+}
+
+static int doManyThreads(void)
+{
+    return waitAtBarrierWith(1100);
+}
+
+static int doTenThousandThreads(void)
+{
+    return waitAtBarrierWith(10000);
 }
 
 static void *outliveMain(void *unused)
@@ -400,7 +409,7 @@ int main(int count, char **arguments)
         const char *name;
         int (*action)(void);
     } actions[] = {{"fork", doFork}, {"vfork", doVfork}, {"spawn", doSpawn}, {"exec", doExec},
-        {"failedexec", doFailedExec}, {"threads", doThreads}, {"idlethread", doIdleThread}, {"rawwaits", doRawWaits}, {"manythreads", doManyThreads},
+        {"failedexec", doFailedExec}, {"threads", doThreads}, {"idlethread", doIdleThread}, {"rawwaits", doRawWaits}, {"manythreads", doManyThreads}, {"tenthousandthreads", doTenThousandThreads},
         {"mainexits", doMainExits}, {"rawexit", doRawExit}, {"cancel", doCancel}, {"pipeend", doPipeEnd},
         {"quickexit", doQuickExit}, {"daemon", doDaemon}, {"signals", doSignals}, {"jump", doJump},
         {"abort", doAbort}, {"rights", doRights}};
