@@ -3,7 +3,6 @@
 #include "api/htmlentities.h"
 
 #include <QMap>
-#include <QRegExp>
 #include <QSet>
 #include <QXmlStreamEntityResolver>
 #include <QXmlStreamReader>
@@ -22,22 +21,22 @@ template <typename T> struct TextElementAction {
     typedef void (*type)(const QString &text, T &result);
 };
 
+QMap<QString, QString> makeEntities()
+{
+    QMap<QString, QString> entities;
+    for (const HtmlEntity &entity : kHtmlEntities)
+        entities.insert(QLatin1String(entity.name), QChar(entity.character));
+    return entities;
+}
+
 class HtmlEntityResolver : public QXmlStreamEntityResolver {
 public:
-    HtmlEntityResolver()
-    {
-        for (const HtmlEntity &entity : kHtmlEntities)
-            mEnts.insert(QLatin1String(entity.name), QChar(entity.character));
-    }
-
     // The reader takes a null string for an error, an empty one for an entity without text.
     QString resolveUndeclaredEntity(const QString &name) override
     {
-        return mEnts.value(name, QStringLiteral(""));
+        static const QMap<QString, QString> entities = makeEntities();
+        return entities.value(name, QStringLiteral(""));
     }
-
-private:
-    QMap<QString, QString> mEnts;
 };
 
 const QSet<QString> &getBlockElements()
@@ -54,11 +53,81 @@ const QSet<QString> &getInlineElements()
     return names;
 }
 
-const QSet<QString> &getVoidElements()
+// No name begins another.
+const char *const kVoidElements[] = {"area", "base", "br", "col", "embed", "hr", "img", "input", "keygen",
+    "link", "meta", "param", "source", "track", "wbr"};
+
+// The length of the void element's name at this position of the text; 0 if none begins there.
+int voidNameLength(const QString &html, int position)
 {
-    static const QSet<QString> names = {"area", "base", "br", "col", "embed", "hr", "img", "input", "keygen",
-        "link", "meta", "param", "source", "track", "wbr"};
-    return names;
+    for (const char *name : kVoidElements) {
+        const QLatin1String candidate(name);
+        if (html.midRef(position, candidate.size()) == candidate)
+            return candidate.size();
+    }
+    return 0;
+}
+
+// The ">" that ends the tag whose attributes begin at this position; -1 if the tag has its slash, or isn't
+// well-formed. A quoted value may hold ">" and "/", but not "<", so that nothing behind the next "<" is
+// looked at: the time for a whole text grows with its length.
+int endOfOpenTag(const QString &html, int position)
+{
+    const auto endOfValue = [&html](int opening) {
+        const QChar quote = html.at(opening);
+        int end = opening + 1;
+        while (end < html.size() && html.at(end) != quote && html.at(end) != QLatin1Char('<'))
+            ++end;
+        return end < html.size() && html.at(end) == quote ? end : opening;
+    };
+    for (; position < html.size(); ++position) {
+        const QChar character = html.at(position);
+        if (character == QLatin1Char('>'))
+            return position;
+        if (character == QLatin1Char('/') || character == QLatin1Char('<'))
+            return -1;
+        if (character == QLatin1Char('"') || character == QLatin1Char('\''))
+            position = endOfValue(position);
+    }
+    return -1;
+}
+
+// Gives tags of void elements the slash that XML wants. A longer name that begins with a void one gets it,
+// too.
+QString closeVoidElements(const QString &html)
+{
+    QString result;
+    int copied = 0;
+    for (int tag = html.indexOf(QLatin1Char('<')); tag >= 0; tag = html.indexOf(QLatin1Char('<'), tag + 1)) {
+        const int nameLength = voidNameLength(html, tag + 1);
+        const int end = nameLength > 0 ? endOfOpenTag(html, tag + 1 + nameLength) : -1;
+        if (end < 0)
+            continue;
+        result += html.midRef(copied, end - copied);
+        result += QLatin1Char('/');
+        copied = end;
+    }
+    return result + html.midRef(copied);
+}
+
+// Runs of what HTML takes for white space become one blank; special spaces stay.
+QString collapsed(const QString &text)
+{
+    const auto isSpace = [](QChar character) {
+        return character == QLatin1Char(' ') || character == QLatin1Char('\n')
+            || character == QLatin1Char('\r') || character == QLatin1Char('\t');
+    };
+    QString result;
+    result.reserve(text.size());
+    bool inRun = false;
+    for (const QChar character : text) {
+        if (!isSpace(character))
+            result += character;
+        else if (!inRun)
+            result += QLatin1Char(' ');
+        inRun = isSpace(character);
+    }
+    return result;
 }
 
 // Walks to the end of the element whose start tag has been read, or to the end of the stream. The depth is
@@ -86,10 +155,8 @@ void analyseXmlStream(QXmlStreamReader &xml, bool collapseWhitespace,
         case QXmlStreamReader::Characters:
         case QXmlStreamReader::EntityReference:
             if (textAction) {
-                QString text = xml.text().toString();
-                if (collapseWhitespace)
-                    text.replace(QRegExp(QStringLiteral("[ \\r\\n\\t]+")), QStringLiteral(" "));
-                textAction(text, result);
+                const QString text = xml.text().toString();
+                textAction(collapseWhitespace ? collapsed(text) : text, result);
             }
             break;
         case QXmlStreamReader::Invalid:
@@ -106,14 +173,7 @@ void analyseXmlStream(const QString &html, bool collapseWhitespace,
     typename TextElementAction<T>::type textAction, T &result)
 {
     // One root, whatever the snippet is made of.
-    QString text = QStringLiteral("<html>%1</html>").arg(html);
-    for (const QString &name : getVoidElements()) {
-        const QRegExp openTag(QStringLiteral("<%1(((\"[^<\"]*\")|('[^<']*')|[^>/])*)>").arg(name),
-            Qt::CaseSensitive, QRegExp::RegExp);
-        text.replace(openTag, QStringLiteral("<%1\\1/>").arg(name));
-    }
-
-    QXmlStreamReader xml(text);
+    QXmlStreamReader xml(closeVoidElements(QStringLiteral("<html>%1</html>").arg(html)));
     HtmlEntityResolver resolver;
     xml.setEntityResolver(&resolver);
     while (!xml.atEnd() && xml.readNext() != QXmlStreamReader::StartElement) { }

@@ -119,6 +119,21 @@ TEST(HtmlToTextTest, quotedAngleBracketAndSlashSurviveTheRepair)
     EXPECT_EQ(text("a<img alt='x>y/z'>b"), "ab");
 }
 
+TEST(HtmlToTextTest, quotesOfTheTextBehindATagBelongToTheText)
+{
+    EXPECT_EQ(text("<br class=\"x\">say \"more\" <b>ranks</b>"), "\nsay \"more\" ranks");
+    EXPECT_EQ(text("a<br>it's<br>Bob's"), "a\nit's\nBob's");
+}
+
+TEST(HtmlToTextTest, tagsThatNeverEndTakeNoTimeToSpeakOf)
+{
+    // Minutes, if each were followed to the end of the text.
+    const int count = 200000;
+    EXPECT_EQ(text("a" + QStringLiteral("<br ").repeated(count)), "a");
+    EXPECT_EQ(text("a" + QStringLiteral("<br \"'").repeated(count)), "a");
+    EXPECT_EQ(text("a" + QStringLiteral("<br x='>").repeated(count)), "a");
+}
+
 TEST(HtmlToTextTest, attributeWithAnOpeningBracketEndsTheText)
 {
     // A "<" is no part of a quoted value, neither for the repair nor in XML.
