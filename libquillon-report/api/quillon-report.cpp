@@ -99,7 +99,7 @@ bool quillon_report::createReportDefinition(const char *xmlBuffer)
         QUrl(), ReportDefinition::DefaultSchemaFilename, &error, ReportDefinition::SilentValidation,
         ReportDefinition::Config()));
     if (!error.isEmpty()) {
-        setErrorMessage(error.toUtf8().constData());
+        setErrorMessage("%s", error.toUtf8().constData());
         return false;
     }
     if (!definition) {
@@ -304,14 +304,14 @@ int quillon_report::generateAndWrite(QByteArray &output, QuillonReportType repor
         if (mMetricValues.hasMetricValue(def.jsonId(config)) || derivable.contains(def.id))
             continue;
         setErrorMessage(
-            QObject::tr("No metric value has been set for '%1'").arg(def.id).toUtf8().constData());
+            "%s", QObject::tr("No metric value has been set for '%1'").arg(def.id).toUtf8().constData());
         return BRIVANE_REPORT_INCOMPLETE;
     }
 
     // The builders' text becomes the error even when it is empty: that wipes what stood there before.
     QString error;
     const auto hasFailed = [&] {
-        setErrorMessage(error.toUtf8().constData());
+        setErrorMessage("%s", error.toUtf8().constData());
         return hasErrorMessage();
     };
     const QJsonObject branding = json::createBrandingData(mReportDefinition);
@@ -336,7 +336,7 @@ int quillon_report::generateAndWrite(QByteArray &output, QuillonReportType repor
     if (!mMetricValues.hasValueSetForAllMetrics(&missing)) {
         const QString text
             = QObject::tr("No metric values have been set for the following metrics:\n        %1");
-        setErrorMessage(text.arg(missing.join(QStringLiteral("\n        "))).toUtf8().constData());
+        setErrorMessage("%s", text.arg(missing.join(QStringLiteral("\n        "))).toUtf8().constData());
         return BRIVANE_REPORT_INCOMPLETE;
     }
     output = quillon::report::generateQuillonReport(

@@ -55,6 +55,29 @@ TEST(CInterfaceTest, valueOfANullReportIsInvalid)
     EXPECT_FALSE(quillon_report_internal_get_value(nullptr, "m").isValid());
 }
 
+// What stands in a definition stands in messages, too.
+TEST(CInterfaceTest, percentSignsOfADefinitionComeOutAsTheyAre)
+{
+    const QByteArray definition(kDefinition);
+    QByteArray bad = definition;
+    bad.replace("rgb(1,2,3)", "%s%n%d%%");
+    ASSERT_NE(bad, definition);
+    const ReportPointer refused = makeReport(bad.constData());
+    EXPECT_TRUE(QByteArray(quillon_report_error_message(refused.get())).contains("colour string '%s%n%d%%'"));
+
+    bad = definition;
+    bad.replace("<heading>", "<heading>${%s%n%d%%}");
+    ASSERT_NE(bad, definition);
+    const ReportPointer report = makeReport(bad.constData());
+    ASSERT_EQ(quillon_report_error_message(report.get()), nullptr);
+    for (const auto &metric : report->definition().getMetricDefinitionList())
+        quillon_report_set_value_double(report.get(), metric.id.toUtf8().constData(), 1);
+    QByteArray output;
+    EXPECT_EQ(report->generateAndWrite(output, JsonReport), BRIVANE_REPORT_GENERATION_FAILED);
+    EXPECT_TRUE(
+        QByteArray(quillon_report_error_message(report.get())).contains("placeholder \"${%s%n%d%%}\""));
+}
+
 TEST(CInterfaceTest, processCountOfZeroLeavesTheOldValue)
 {
     const ReportPointer report = makeReport();
