@@ -134,7 +134,14 @@ BRIVANE_REPORT_API const char *quillon_report_library_id_string(void);
  * For programs that use Qt themselves and have included QVariant: the value of a metric under its full id, such as
  * "custom.report.metric.cpu"; invalid when there is none. It can throw.
  */
+#ifdef __clang__
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wreturn-type-c-linkage" /* not for C: the name alone is C's */
+#endif
 BRIVANE_REPORT_API QVariant quillon_report_internal_get_value(quillon_report *report, const char *metric);
+#ifdef __clang__
+#pragma clang diagnostic pop
+#endif
 #endif
 
 } /* extern "C" */
