@@ -64,17 +64,28 @@ QStringList pathParts(const QString &path)
     return path.split(QLatin1Char('.'), Qt::SkipEmptyParts);
 }
 
-void insertJsonValue(QJsonObject &json, const QString &path, const QJsonValue &value)
+// Objects are nested as deeply as a path has parts.
+const int kMaxPathParts = 100;
+
+void insertJsonValue(QJsonObject &json, const QStringList &parts, int first, const QJsonValue &value)
 {
-    QStringList parts = pathParts(path);
-    if (parts.size() <= 1) {
-        json[path] = value;
+    const QString &key = parts.at(first);
+    if (first + 1 == parts.size()) {
+        json[key] = value;
         return;
     }
-    const QString key = parts.takeFirst();
     QJsonObject object = json.value(key).toObject();
-    insertJsonValue(object, parts.join(QLatin1Char('.')), value);
+    insertJsonValue(object, parts, first + 1, value);
     json[key] = object;
+}
+
+void insertJsonValue(QJsonObject &json, const QString &path, const QJsonValue &value)
+{
+    const QStringList parts = pathParts(path);
+    if (parts.size() > 1)
+        insertJsonValue(json, parts, 0, value);
+    else
+        json[path] = value;
 }
 
 // The value at a dotted path; false where the document has none.
@@ -201,6 +212,12 @@ bool PMetricDefinition::fromJson(const QJsonObject &json, QString *error)
         return false;
     }
     mJsonId = json.value(kValue).toString();
+    if (mJsonId.count(QLatin1Char('.')) >= kMaxPathParts) {
+        setError(error,
+            QObject::tr("Field %1 has more than %2 parts for metric %3")
+                .arg(kValue, QString::number(kMaxPathParts), mId));
+        return false;
+    }
     if (!json.value(kType).isString()) {
         setError(error, notFound.arg(kType, mId));
         return false;

@@ -2,8 +2,6 @@
 
 #include "api/reportdefinitionelement.h"
 
-#include <QStringList>
-
 #include <algorithm>
 #include <cmath>
 
@@ -36,12 +34,23 @@ Definition withIdOrDefault(const QList<Definition> &definitions, const QString &
     return found == definitions.end() ? Definition() : *found;
 }
 
-bool hasEmptyParts(const QStringList &parts, const QString &id, QString *error)
+// Parts are what stands between dots.
+bool hasEmptyParts(const QString &id, QString *error)
 {
-    if (!error || !parts.contains(QString()))
+    const QLatin1Char dot('.');
+    if (!error
+        || !(id.isEmpty() || id.startsWith(dot) || id.endsWith(dot) || id.contains(QLatin1String(".."))))
         return false;
     *error = QObject::tr("%1 contains empty parts.").arg(id);
     return true;
+}
+
+// Whether the parts of one id are the first parts of the other. Each new metric is compared with all that are
+// there: nothing is split or copied here.
+bool beginsPath(const QString &path, const QString &longer)
+{
+    return longer.startsWith(path)
+        && (longer.size() == path.size() || longer.at(path.size()) == QLatin1Char('.'));
 }
 
 } // namespace
@@ -260,15 +269,12 @@ bool ReportDefinition::assertSanity() const
 
 QString ReportDefinition::getClashingMetricId(const QString &metricId, QString *error) const
 {
-    const QStringList parts = metricId.split(QLatin1Char('.'));
-    if (hasEmptyParts(parts, metricId, error))
+    if (hasEmptyParts(metricId, error))
         return QString();
     for (const MetricDef &metric : mMetrics) {
-        const QStringList referenceParts = metric.id.split(QLatin1Char('.'));
-        if (hasEmptyParts(referenceParts, metric.id, error))
+        if (hasEmptyParts(metric.id, error))
             return QString();
-        const int common = std::min(parts.size(), referenceParts.size());
-        if (std::equal(parts.cbegin(), parts.cbegin() + common, referenceParts.cbegin()))
+        if (beginsPath(metric.id, metricId) || beginsPath(metricId, metric.id))
             return metric.id;
     }
     return QString();

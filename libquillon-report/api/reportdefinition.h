@@ -323,8 +323,9 @@ private:
     // Take in what a reader read, as far as what is there already lets them.
     bool addMetric(
         const MetricDef &metric, QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QString *error);
-    bool addSummaryEntry(const SummaryEntryDef &entry, const QSet<QString> &idSetFromBeforeThisXmlStream,
-        QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QString *error);
+    bool addSummaryEntry(const SummaryEntryDef &entry, const QSet<QString> &metricIdSet,
+        const QSet<QString> &idSetFromBeforeThisXmlStream, QXmlStreamReader &xml, const QUrl &xmlDocumentUrl,
+        QString *error);
     bool addSubsection(const SubsectionDef &subsection, bool overwrite,
         const QSet<QString> &idSetFromBeforeThisXmlStream, QXmlStreamReader &xml, const QUrl &xmlDocumentUrl,
         QString *error);

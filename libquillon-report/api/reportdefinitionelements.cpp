@@ -56,6 +56,9 @@ bool readErrorMetric(const DefinitionElement &element, const QSet<QString> &metr
     return true;
 }
 
+// Each is a metric of its own in every report.
+const int MaxAdviceStrings = 100;
+
 bool readMaxAdviceStrings(const DefinitionElement &element, int &maxAdviceStrings)
 {
     maxAdviceStrings = 1;
@@ -67,7 +70,10 @@ bool readMaxAdviceStrings(const DefinitionElement &element, int &maxAdviceString
     if (maxAdviceStrings < 0)
         element.error(QObject::tr("Attribute 'maxAdviceStrings' cannot be negative. Current value = %1.")
                           .arg(maxAdviceStrings));
-    return true;
+    return maxAdviceStrings <= MaxAdviceStrings
+        || element.error(
+            QObject::tr("Attribute 'maxAdviceStrings' cannot be more than %1. Current value = %2.")
+                .arg(QString::number(MaxAdviceStrings), QString::number(maxAdviceStrings)));
 }
 
 // Text may come in pieces, anywhere among the rows.

@@ -74,6 +74,40 @@ bool hasNamespaceAttribute(const QByteArray &xml, const QUrl &documentUrl, QStri
     return false;
 }
 
+// The schema engine calls itself for each level, and takes time with the square of their number.
+const int MaxElementDepth = 200;
+
+bool namesSchema(const QXmlStreamAttributes &attributes)
+{
+    const QString instance = QStringLiteral("http://www.w3.org/2001/XMLSchema-instance");
+    return attributes.hasAttribute(instance, QStringLiteral("schemaLocation"))
+        || attributes.hasAttribute(instance, QStringLiteral("noNamespaceSchemaLocation"));
+}
+
+// Stops what the schema engine must not see: a document that would end the stack, and one that has it fetch
+// files, from other machines, too. What isn't well-formed passes: the engine says it better.
+bool isSafeForSchemaEngine(const QByteArray &xml, const QUrl &documentUrl, QString *error)
+{
+    QXmlStreamReader reader(xml);
+    for (int depth = 0; !reader.atEnd();) {
+        const QXmlStreamReader::TokenType token = reader.readNext();
+        QString problem;
+        if (token == QXmlStreamReader::EndElement)
+            --depth;
+        else if (token == QXmlStreamReader::StartElement && ++depth > MaxElementDepth)
+            problem = QObject::tr("Elements are nested more than %1 deep").arg(MaxElementDepth);
+        else if (token == QXmlStreamReader::StartElement && namesSchema(reader.attributes()))
+            problem
+                = QObject::tr("Element '%1' names a schema. Reports have one schema, which needs no naming")
+                      .arg(reader.name().toString());
+        if (!problem.isEmpty()) {
+            ReportDefinition::writeError(error, reader, documentUrl, problem);
+            return false;
+        }
+    }
+    return true;
+}
+
 QMutex schemaMutex;
 
 // A schema takes Qt longer to load than a report to read, and some 60 KB that it never gives back: the last
@@ -157,6 +191,8 @@ bool ReportDefinition::validate(const QByteArray &xml, const QUrl &documentUrl, 
         setText(error, QObject::tr("Schema file '%1' is not valid").arg(schemaFilename));
         return false;
     }
+    if (!isSafeForSchemaEngine(xml, documentUrl, error))
+        return false;
     QAbstractMessageHandler *const schemasOwn = schema.messageHandler();
     QAbstractMessageHandler *next = validationErrorMode == VerboseValidation ? schemasOwn : nullptr;
     const QScopedPointer<MessageHandler> handler(new MessageHandler(error, next, nullptr));

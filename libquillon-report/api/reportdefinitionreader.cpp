@@ -10,9 +10,17 @@ namespace {
 // For error texts that name what was merged so far.
 const int FileListIndent = 8;
 
-QString reservedMessage(const QString &id)
+// What a metric, entry or subsection is worth stands as deeply in the report's data as its id has parts.
+const int MaxIdParts = 80;
+
+// What is wrong with an id that is new; nothing is if it is null.
+QString idProblem(const ReportDefinition::Config &config, const QString &id)
 {
-    return QObject::tr("The id=\"%1\" is reserved.").arg(id);
+    if (config.isReserved(id))
+        return QObject::tr("The id=\"%1\" is reserved.").arg(id);
+    if (id.count(QLatin1Char('.')) >= MaxIdParts)
+        return QObject::tr("The id=\"%1\" has more than %2 parts.").arg(id, QString::number(MaxIdParts));
+    return QString();
 }
 
 // Summary headings and footers of several documents follow each other.
@@ -128,8 +136,9 @@ bool ReportDefinition::addMetric(
     const MetricDef &metric, QXmlStreamReader &xml, const QUrl &xmlDocumentUrl, QString *error)
 {
     const DefinitionElement element(xml, xmlDocumentUrl, error);
-    if (mConfig.isReserved(metric.id))
-        return element.error(reservedMessage(metric.id));
+    const QString problem = idProblem(mConfig, metric.id);
+    if (!problem.isNull())
+        return element.error(problem);
     QString emptyPartsError;
     const QString clashingId = getClashingMetricId(metric.id, &emptyPartsError);
     if (!emptyPartsError.isEmpty())
@@ -171,7 +180,8 @@ bool ReportDefinition::readXmlSummaryElement(
         } else if (element.isNamed("entry")) {
             SummaryEntryDef entry;
             if (!entry.readXml(xml, xmlDocumentUrl, error, metricIdSet)
-                || !addSummaryEntry(entry, idSetFromBeforeThisXmlStream, xml, xmlDocumentUrl, error))
+                || !addSummaryEntry(
+                    entry, metricIdSet, idSetFromBeforeThisXmlStream, xml, xmlDocumentUrl, error))
                 return false;
         } else {
             element.skipWithWarning(QObject::tr("Unrecognised element '%1' in <summary>"));
@@ -182,7 +192,7 @@ bool ReportDefinition::readXmlSummaryElement(
                                      "contain at least one metric and summary entry"));
 }
 
-bool ReportDefinition::addSummaryEntry(const SummaryEntryDef &entry,
+bool ReportDefinition::addSummaryEntry(const SummaryEntryDef &entry, const QSet<QString> &metricIdSet,
     const QSet<QString> &idSetFromBeforeThisXmlStream, QXmlStreamReader &xml, const QUrl &xmlDocumentUrl,
     QString *error)
 {
@@ -198,9 +208,10 @@ bool ReportDefinition::addSummaryEntry(const SummaryEntryDef &entry,
             QObject::tr("There is already an entry with id=\"%1\" in the <summary> section of this file")
                 .arg(entry.id));
     }
-    if (mConfig.isReserved(entry.id))
-        return element.error(reservedMessage(entry.id));
-    if (!metricIds().contains(entry.metricDefId)) {
+    const QString problem = idProblem(mConfig, entry.id);
+    if (!problem.isNull())
+        return element.error(problem);
+    if (!metricIdSet.contains(entry.metricDefId)) {
         return element.error(
             QObject::tr("There is no metric with id=\"%1\" in this report").arg(entry.metricDefId));
     }
@@ -217,7 +228,9 @@ bool ReportDefinition::readXmlSubsectionsElement(
         return false;
     if (overwriteAll)
         mSubsections.clear();
+    const QSet<QString> metricIdSet = metricIds();
     const QSet<QString> idSetFromBeforeThisXmlStream = idsOf(mSubsections);
+    QSet<QString> idSet = idSetFromBeforeThisXmlStream;
     if (!element.expectName("subsections", QObject::tr("Expected start of 'subsections' element, got '%1'")))
         return false;
     while (xmlutils::readNextStartElement(xml)) {
@@ -228,10 +241,11 @@ bool ReportDefinition::readXmlSubsectionsElement(
         bool overwriteSubsection = false;
         SubsectionDef subsection;
         if (!element.readBool("overwrite", overwriteSubsection)
-            || !subsection.readXml(xml, xmlDocumentUrl, error, metricIds(), idsOf(mSubsections), *this)
+            || !subsection.readXml(xml, xmlDocumentUrl, error, metricIdSet, idSet, *this)
             || !addSubsection(
                 subsection, overwriteSubsection, idSetFromBeforeThisXmlStream, xml, xmlDocumentUrl, error))
             return false;
+        idSet.insert(subsection.id);
     }
     return checkBreakdownSubsections(xml, xmlDocumentUrl, error);
 }
@@ -243,8 +257,9 @@ bool ReportDefinition::addSubsection(const SubsectionDef &subsection, bool overw
     const DefinitionElement element(xml, xmlDocumentUrl, error);
     const auto existing = findId(mSubsections, subsection.id);
     if (existing == mSubsections.end()) {
-        if (mConfig.isReserved(subsection.id))
-            return element.error(reservedMessage(subsection.id));
+        const QString problem = idProblem(mConfig, subsection.id);
+        if (!problem.isNull())
+            return element.error(problem);
         mSubsections << subsection;
         return true;
     }

@@ -156,6 +156,20 @@ TEST(MetricJson, aDefinitionNeedsAPathAndAType)
     EXPECT_FALSE(definition.fromJson(object(R"({"value": "x", "type": 4})"), nullptr));
 }
 
+TEST(MetricJson, aPathHasAHundredParts)
+{
+    const auto member = [](int parts) {
+        const QString path = QStringLiteral("a") + QStringLiteral(".a").repeated(parts - 1);
+        return QJsonObject{{"value", path}, {"type", "Bool"}};
+    };
+    QString error;
+    PMetricDefinition definition("some.id");
+    EXPECT_TRUE(definition.fromJson(member(100), &error));
+    EXPECT_TRUE(error.isEmpty());
+    EXPECT_FALSE(definition.fromJson(member(101), &error));
+    EXPECT_EQ(error, "Field value has more than 100 parts for metric some.id");
+}
+
 TEST(MetricJson, unitsNameAndVersionOfTheWrongKindAreLeftOut)
 {
     PMetricDefinition definition = metric("a", PMetricType::Bool, 4).setUnits("s").setDisplayName("A");
