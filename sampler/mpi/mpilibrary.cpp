@@ -12,6 +12,7 @@ namespace {
 // The numbers of MPICH's binary interface, which several other implementations share.
 constexpr Word MpichWorld = 0x44000000;
 constexpr Word MpichNullType = 0x0c000000;
+constexpr Word MpichByte = 0x4c00010d;
 
 std::atomic<void *> localLibrary{nullptr};
 
@@ -109,6 +110,8 @@ Helper<int, Word, int *> topology("PMPI_Topo_test");
 Helper<int, Word, int *> dimensions("PMPI_Cartdim_get");
 Helper<int, Word, int, int *> graphNeighbours("PMPI_Graph_neighbors_count");
 Helper<int, Word, int *, int *, int *> distributedNeighbours("PMPI_Dist_graph_neighbors_count");
+Helper<int, const unsigned char *, Word, std::int64_t *> elements("PMPI_Get_elements_x");
+Helper<int, const unsigned char *, int *> testCancelled("PMPI_Test_cancelled");
 Helper<Word, int> typeOfFortran("PMPI_Type_f2c");
 Helper<Word, int> communicatorOfFortran("PMPI_Comm_f2c");
 
@@ -134,21 +137,36 @@ private:
     std::atomic<bool> mIsKnown{false};
 };
 
-// Fortran's MPI_IN_PLACE: the variable itself in one implementation, a pointer to it in the other.
-Object inPlaceVariable("mpi_fortran_in_place_");
-Object inPlacePointer("MPIR_F_MPI_IN_PLACE");
-
-// Whether handles are addresses of the library's own objects, as in Open MPI and its kin.
-bool handlesArePointers()
-{
-    static std::atomic<int> answer{-1};
-    int known = answer.load(std::memory_order_relaxed);
-    if (known < 0) {
-        known = findObject("ompi_mpi_comm_world") != nullptr ? 1 : 0;
-        answer.store(known, std::memory_order_relaxed);
+// A constant that Fortran tells by its address: that of a variable, or one kept in a pointer.
+class FortranConstant {
+public:
+    // Names of Open MPI's variable, of MPICH's pointer, and of MPICH's variable for mpi_f08.
+    constexpr FortranConstant(const char *variable, const char *pointer, const char *variable08)
+        : mVariable(variable)
+        , mPointer(pointer)
+        , mVariable08(variable08)
+    {
     }
-    return known == 1;
-}
+    bool isAt(Word address)
+    {
+        if (handlesArePointers())
+            return address == reinterpret_cast<Word>(mVariable.address());
+        const auto *pointer = static_cast<const Word *>(mPointer.address());
+        return (pointer != nullptr && address == *pointer)
+            || address == reinterpret_cast<Word>(mVariable08.address());
+    }
+
+private:
+    Object mVariable;
+    Object mPointer;
+    Object mVariable08;
+};
+
+FortranConstant inPlace("mpi_fortran_in_place_", "MPIR_F_MPI_IN_PLACE", "MPIR_F08_MPI_IN_PLACE");
+FortranConstant statusIgnore(
+    "mpi_fortran_status_ignore_", "MPI_F_STATUS_IGNORE", "MPIR_F08_MPI_STATUS_IGNORE_OBJ");
+FortranConstant statusesIgnore(
+    "mpi_fortran_statuses_ignore_", "MPI_F_STATUSES_IGNORE", "MPIR_F08_MPI_STATUSES_IGNORE_OBJ");
 
 // What is significant of a handle's word: an integer's upper half may hold anything.
 Word handle(Word word)
@@ -156,17 +174,24 @@ Word handle(Word word)
     return handlesArePointers() ? word : static_cast<Word>(static_cast<std::uint32_t>(word));
 }
 
-Word nullType()
-{
-    static std::atomic<Word> type{0};
-    Word known = type.load(std::memory_order_relaxed);
-    if (known == 0) {
-        known = handlesArePointers() ? reinterpret_cast<Word>(findObject("ompi_mpi_datatype_null"))
-                                     : MpichNullType;
-        type.store(known, std::memory_order_relaxed);
+// Handles of the library's own: an object's address in one implementation, a number in the other.
+class Constant {
+public:
+    constexpr Constant(const char *object, Word number)
+        : mObject(object)
+        , mNumber(number)
+    {
     }
-    return known;
-}
+    Word handle() { return handlesArePointers() ? reinterpret_cast<Word>(mObject.address()) : mNumber; }
+
+private:
+    Object mObject;
+    Word mNumber;
+};
+
+Constant worldCommunicator("ompi_mpi_comm_world", MpichWorld);
+Constant nullType("ompi_mpi_datatype_null", MpichNullType);
+Constant byteType("ompi_mpi_byte", MpichByte);
 
 // Asking the library at every call costs more than the rest of a wrapper. The entry's type is 0 while
 // its size changes.
@@ -205,6 +230,31 @@ Function find(const char *name, const void *caller)
     return reinterpret_cast<Function>(symbol);
 }
 
+Function findNext(const char *name)
+{
+    void *symbol = dlsym(RTLD_NEXT, name);
+    if (symbol == nullptr)
+        dlerror();
+    return reinterpret_cast<Function>(symbol);
+}
+
+int noSuchCall()
+{
+    // Asked anew: the library may yet come.
+    return findObject("ompi_mpi_comm_world") != nullptr ? 16 : 15;
+}
+
+bool handlesArePointers()
+{
+    static std::atomic<int> answer{-1};
+    int known = answer.load(std::memory_order_relaxed);
+    if (known < 0) {
+        known = findObject("ompi_mpi_comm_world") != nullptr ? 1 : 0;
+        answer.store(known, std::memory_order_relaxed);
+    }
+    return known == 1;
+}
+
 int rankIn(Word communicator)
 {
     int rank = -1;
@@ -219,11 +269,26 @@ int sizeOf(Word communicator)
 
 int peersIn(Word communicator)
 {
-    int isInter = 0;
     int size = 0;
-    if (commTestInter(communicator, &isInter) == 0 && isInter != 0)
+    if (isInter(communicator))
         return commRemoteSize(communicator, &size) == 0 ? size : 0;
     return sizeOf(communicator);
+}
+
+bool isInter(Word communicator)
+{
+    int answer = 0;
+    return commTestInter(communicator, &answer) == 0 && answer != 0;
+}
+
+bool isNoProcess(int rank)
+{
+    return rank == (handlesArePointers() ? -2 : -1);
+}
+
+bool isRootOfOthers(int rank)
+{
+    return rank == (handlesArePointers() ? -4 : -3);
 }
 
 Neighbours neighboursIn(Word communicator)
@@ -252,13 +317,13 @@ Neighbours neighboursIn(Word communicator)
 
 Word world()
 {
-    return handlesArePointers() ? reinterpret_cast<Word>(findObject("ompi_mpi_comm_world")) : MpichWorld;
+    return worldCommunicator.handle();
 }
 
 std::uint64_t sizeOfType(Word word)
 {
     const Word type = handle(word);
-    if (type == 0 || type == nullType())
+    if (type == 0 || type == nullType.handle())
         return 0;
     KnownType &known = entryOf(type);
     if (known.type.load(std::memory_order_acquire) == type) {
@@ -307,10 +372,41 @@ bool isInPlace(Word buffer)
 
 bool isInPlaceOfFortran(Word buffer)
 {
-    if (handlesArePointers())
-        return buffer == reinterpret_cast<Word>(inPlaceVariable.address());
-    const auto *pointer = static_cast<const Word *>(inPlacePointer.address());
-    return pointer != nullptr && buffer == *pointer;
+    return inPlace.isAt(buffer);
+}
+
+bool isStatusIgnored(Word status)
+{
+    return status == (handlesArePointers() ? 0 : 1);
+}
+
+bool isStatusIgnoredOfFortran(Word status)
+{
+    return statusIgnore.isAt(status);
+}
+
+bool areStatusesIgnoredOfFortran(Word statuses)
+{
+    return statusesIgnore.isAt(statuses);
+}
+
+std::size_t statusSize()
+{
+    return (handlesArePointers() ? 6 : 5) * sizeof(int);
+}
+
+bool isCancelled(const unsigned char *status)
+{
+    int answer = 0;
+    return testCancelled(status, &answer) == 0 && answer != 0;
+}
+
+std::uint64_t receivedBytes(const unsigned char *status, std::uint64_t room)
+{
+    std::int64_t number = -1;
+    if (elements(status, byteType.handle(), &number) != 0 || number < 0)
+        return room;
+    return static_cast<std::uint64_t>(number) < room ? static_cast<std::uint64_t>(number) : room;
 }
 
 } // namespace fern::mpi

@@ -7,14 +7,27 @@
 
 #include "core/words.h"
 
+#include <cstddef>
+
 namespace fern::mpi {
 
 using fern::Word;
 using Function = void (*)();
 
-// A function of the MPI library. Libraries that were loaded by dlopen() with local scope are found through
-// `caller`, an address in the code that called. nullptr if there is no such function.
+// A function of the MPI library by a name that the sampler doesn't have. Libraries that were loaded by
+// dlopen() with local scope are found through `caller`, an address in the code that called. nullptr if there
+// is none.
 Function find(const char *name, const void *caller);
+// The next function of a name behind the sampler's own: of another tool, or of the library if all modules see
+// it.
+Function findNext(const char *name);
+
+// A program that only found out by our symbols that MPI is there learns from this that it isn't:
+// MPI_ERR_OTHER.
+int noSuchCall();
+
+// Whether handles are addresses of the library's own objects, as in Open MPI and its kin, or integers.
+bool handlesArePointers();
 
 // Rank of the calling process in a communicator; -1 if unknown.
 int rankIn(Word communicator);
@@ -22,6 +35,10 @@ int rankIn(Word communicator);
 int sizeOf(Word communicator);
 // Those that a rank sends to and receives from: of an intercommunicator the remote ones.
 int peersIn(Word communicator);
+bool isInter(Word communicator);
+// MPI_PROC_NULL and MPI_ROOT, which are numbers in the place of ranks.
+bool isNoProcess(int rank);
+bool isRootOfOthers(int rank);
 // Ranks that a communicator's topology connects this one with; none if it has no topology.
 struct Neighbours {
     int sources; // receives from
@@ -45,6 +62,19 @@ Word communicatorFromFortran(int communicator);
 // Whether a buffer argument is MPI_IN_PLACE, in C and in Fortran, where it is a variable of the library.
 bool isInPlace(Word buffer);
 bool isInPlaceOfFortran(Word buffer);
+
+// Whether an argument is MPI_STATUS_IGNORE or MPI_STATUSES_IGNORE, which are one in C and two in Fortran.
+bool isStatusIgnored(Word status);
+bool isStatusIgnoredOfFortran(Word status);
+bool areStatusesIgnoredOfFortran(Word statuses);
+// Bytes of a status, the same in C and in Fortran, and the most that any of them takes.
+std::size_t statusSize();
+constexpr std::size_t MostOfAStatus = 32;
+// Whether the operation was cancelled; its length means nothing then.
+bool isCancelled(const unsigned char *status);
+// Bytes that a completed receive brought, told from its status; `room` if the library doesn't say or says
+// more than that.
+std::uint64_t receivedBytes(const unsigned char *status, std::uint64_t room);
 
 } // namespace fern::mpi
 

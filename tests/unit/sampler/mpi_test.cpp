@@ -158,6 +158,18 @@ TEST_P(Mpi, BytesSentAndReceived)
     checkBytes(TwoRanks(GetParam(), {program}), "pointToPoint", "collective");
 }
 
+TEST_P(Mpi, ReceivesCountAsLongAsWhatCame)
+{
+    const std::string program = client(std::string("mpirequests-") + GetParam().name);
+    if (access(program.c_str(), X_OK) != 0)
+        GTEST_SKIP() << "Requires " << GetParam().name;
+    const Outcome alone = runTwoRanks(GetParam(), {program}, {});
+    const TwoRanks ranks(GetParam(), {program});
+    EXPECT_EQ(sortedLines(ranks.outcome.output), sortedLines(alone.output));
+    EXPECT_EQ(ranks.outcome.errors, alone.errors);
+    checkBytes(ranks, "pointToPoint", "collective");
+}
+
 INSTANTIATE_TEST_SUITE_P(Sampler, Mpi, testing::Values(OpenMpi, Mpich),
     [](const testing::TestParamInfo<Flavour> &row) { return std::string(row.param.name); });
 
@@ -174,7 +186,7 @@ TEST_P(MpiFortran, ConstantsThatOnlyFortranHasMeanTheSame)
     // The launcher mixes the lines of two ranks as they come.
     EXPECT_EQ(sortedLines(sampled.output), sortedLines(alone.output));
     EXPECT_EQ(sampled.errors, alone.errors);
-    EXPECT_EQ(sortedLines(alone.output).size(), 23U) << alone;
+    EXPECT_EQ(sortedLines(alone.output).size(), 24U) << alone;
 }
 
 TEST_P(MpiFortran, WaitsAndBytesOfTwoRanks)
@@ -184,6 +196,28 @@ TEST_P(MpiFortran, WaitsAndBytesOfTwoRanks)
     const TwoRanks ranks(flavour(), {program(), "shares"});
     checkShares(ranks);
     checkBytes(ranks, "bytesPointToPoint", "bytesCollective");
+}
+
+TEST_P(MpiFortran, BytesWithConstantsThatOnlyFortranHas)
+{
+    if (!isThere())
+        GTEST_SKIP() << "Requires a Fortran compiler of " << flavour().name;
+    checkBytes(TwoRanks(flavour(), {program(), "bytes"}), "bytesPointToPoint", "bytesCollective");
+}
+
+TEST_P(MpiFortran, ProcessesAreStartedWithoutArgumentsAndCodes)
+{
+    if (!isThere())
+        GTEST_SKIP() << "Requires a Fortran compiler of " << flavour().name;
+    const Command command{program(), "spawn"};
+    const Outcome alone = runTwoRanks(flavour(), command, {});
+    if (alone.status != 0)
+        GTEST_SKIP() << "Requires an MPI library that can start processes here";
+    const Folder folder;
+    const Outcome sampled = runTwoRanks(flavour(), command, samplingInto(folder.path()));
+    EXPECT_EQ(sampled.status, 0) << sampled;
+    EXPECT_EQ(sortedLines(sampled.output), sortedLines(alone.output));
+    EXPECT_EQ(sortedLines(alone.output), (std::vector<std::string>{"answer 0 42.0", "answer 1 .0"}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Sampler, MpiFortran,

@@ -42,8 +42,7 @@ static void sendAndReceive(void)
     pointToPoint += 11 * 8 + 22 * 4;
     MPI_Sendrecv_replace(mine, 13, MPI_DOUBLE, other, 0, other, 0, World, MPI_STATUS_IGNORE);
     pointToPoint += 2 * 13 * 8;
-    MPI_Send(mine, 100, MPI_DOUBLE, MPI_PROC_NULL, 0, World);
-    pointToPoint += 100 * 8;
+    MPI_Send(mine, 100, MPI_DOUBLE, MPI_PROC_NULL, 0, World); /* moves nothing */
 }
 
 /* A handle may come back for a type of another size. */
@@ -156,7 +155,29 @@ static void oneSided(void)
     MPI_Fetch_and_op(&one, &before, MPI_INT, other, 0, MPI_SUM, window);
     pointToPoint += 2 * 4;
     MPI_Win_fence(0, window);
+    MPI_Put(mine, 113, MPI_DOUBLE, MPI_PROC_NULL, 0, 113, MPI_DOUBLE, window); /* moves nothing */
+    MPI_Win_fence(0, window);
     MPI_Win_free(&window);
+}
+
+/* Two groups of one: the first's root gives to the second, and takes from it. */
+static void betweenGroups(void)
+{
+    MPI_Comm alone;
+    MPI_Comm both;
+    const int root = rank == 0 ? MPI_ROOT : 0;
+    MPI_Comm_split(World, rank, 0, &alone);
+    MPI_Intercomm_create(alone, 0, World, other, 0, &both);
+    MPI_Bcast(mine, 127, MPI_DOUBLE, root, both);
+    MPI_Reduce(mine, theirs, 131, MPI_DOUBLE, MPI_SUM, root, both);
+    MPI_Gather(mine, 137, MPI_DOUBLE, theirs, 137, MPI_DOUBLE, root, both);
+    MPI_Scatter(mine, 139, MPI_DOUBLE, theirs, 139, MPI_DOUBLE, root, both);
+    collective += (127 + 131 + 137 + 139) * 8;
+    MPI_Bcast(mine, 149, MPI_DOUBLE, MPI_PROC_NULL, both);
+    MPI_Allgather(mine, 151, MPI_DOUBLE, theirs, 151, MPI_DOUBLE, both);
+    collective += 2 * 151 * 8;
+    MPI_Comm_free(&both);
+    MPI_Comm_free(&alone);
 }
 
 int main(int count, char **arguments)
@@ -172,6 +193,7 @@ int main(int count, char **arguments)
     scattersAndExchanges();
     neighbours();
     oneSided();
+    betweenGroups();
     compute(0.1);
     for (int r = 0; r < 2; ++r) {
         if (r == rank) {
