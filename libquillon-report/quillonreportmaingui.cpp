@@ -144,8 +144,10 @@ bool QuillonReportMainGUI::cpuCounterReportApplies(const MetricDefinitions &metr
 {
     if (args().getAutoLoadFile().isEmpty())
         return Portal::getInstance()->utils()->getSystemInfo().isAarch64();
-    return !haveDissasembledCpuInstructionMetrics()
-        && metricDefinitions.getMetricById(QStringLiteral("com.brivane.metrics.perf.cycles_per_instruction"));
+    // A profile that says why there are no counters has nothing to show of them.
+    const QString cycles = DefaultMetrics::PerfCyclesPerIns;
+    return !haveDissasembledCpuInstructionMetrics() && metricDefinitions.getMetricById(cycles)
+        && workflow()->getProfilerData().getFirstMetricError(cycles).isEmpty();
 }
 
 void QuillonReportMainGUI::checkReportDefinitions(

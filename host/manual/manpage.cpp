@@ -24,6 +24,8 @@ constexpr Row Environment[] = {
     {"BRIVANE_EXTRA_REPORT",
         "Beginning of the name of a second page, which goes on with the shares of the time."},
     {"BRIVANE_NOTES", "A text that reports show."},
+    {"BRIVANE_PERF_EVENTS",
+        "Events to count, with commas between: page-faults, cache-misses, r01c2 and others."},
     {"BRIVANE_POWER_BUDGET", "The watts that a node may draw, for reports of the type trapped."},
     {"BRIVANE_DCIM_SCRIPT", "The connector of --dcim-output."},
     {"BRIVANE_FERN_TO_DCIM", "Allows --dcim-output for a profile that is read from a file, unless off."},
@@ -34,12 +36,12 @@ constexpr Row Environment[] = {
         "seen by all processes of the job, and have room for about a megabyte for each."},
     {"XDG_CONFIG_HOME", "Where the folder brivane with the configuration is; ~/.config without it."}};
 
-constexpr Row Files[]
-    = {{"~/.config/brivane/fern.conf",
-           "The configuration. Section [profile]: samples, interval and disabled-metrics, as the "
-           "options of these names. Section [launchers]: names or paths of launchers with commas "
-           "between, by how they hand variables on: openmpi, hydra, srun, aprun, jsrun or inherited."},
-        {"~/.config/brivane/quillon-report/reports/*.xml", "Parts that are added to reports."}};
+constexpr Row Files[] = {
+    {"~/.config/brivane/fern.conf",
+        "The configuration. Section [profile]: samples, interval, disabled-metrics and perf-events, as the "
+        "options of these names. Section [launchers]: names or paths of launchers with commas "
+        "between, by how they hand variables on: openmpi, hydra, srun, aprun, jsrun or inherited."},
+    {"~/.config/brivane/quillon-report/reports/*.xml", "Parts that are added to reports."}};
 
 // Text with everything escaped that troff would take for its own.
 QString escaped(QString text)

@@ -1,6 +1,7 @@
 #include "profile/metricdefinitions.h"
 
 #include "profile/metrictable.h"
+#include "profile/perfevents.h"
 
 const MetricDefinitions &MetricDefinitions::known()
 {
@@ -14,7 +15,7 @@ const MetricDefinitions &MetricDefinitions::known()
     return definitions;
 }
 
-MetricDefinitions MetricDefinitions::ofSampler()
+MetricDefinitions MetricDefinitions::ofSampler(const QStringList &siteEvents)
 {
     MetricDefinitions definitions;
     for (const MetricTable::Row &row : MetricTable::rows()) {
@@ -23,6 +24,9 @@ MetricDefinitions MetricDefinitions::ofSampler()
             definitions.add(row.metric);
         }
     }
+    for (const QString &event : siteEvents) {
+        definitions.add(describe(PerfEvents::metricId(event)));
+    }
     return definitions;
 }
 
@@ -30,6 +34,9 @@ Metric MetricDefinitions::describe(const QString &id)
 {
     if (const Metric *metric = known().getMetricById(id)) {
         return *metric;
+    }
+    if (PerfEvents::isMetricId(id)) {
+        return PerfEvents::metric(id);
     }
     Metric unknown;
     unknown.id = id;

@@ -6,6 +6,7 @@
 #include <QMap>
 #include <QMetaType>
 #include <QString>
+#include <QStringList>
 
 // What a metric is, without its figures.
 struct Metric {
@@ -26,10 +27,12 @@ public:
     // Every metric that this host knows: the table of profile/metrics.def.
     static const MetricDefinitions &known();
 
-    // Those of them that the sampler can deliver on a suitable machine.
-    static MetricDefinitions ofSampler();
+    // Those of them that the sampler can deliver on a suitable machine, and those of events that the site has
+    // chosen, by their names (profile/perfevents.h).
+    static MetricDefinitions ofSampler(const QStringList &siteEvents = {});
 
-    // The known metric of this id; for an id that nobody knows, a gauge per process named after the id.
+    // The known metric of this id, or that of an event; for an id that nobody knows, a gauge per process
+    // named after the id.
     static Metric describe(const QString &id);
 
     // By id. By value, so that it outlives the set.

@@ -1,6 +1,7 @@
 #include "profile/metricreasons.h"
 
 #include "profile/metrictable.h"
+#include "profile/perfevents.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -16,23 +17,45 @@ using namespace fern::spool;
 
 namespace {
 
-// Asks for the caller's own program counters.
-quint32 programCounterState(const QString &)
+// Asks for something of the calling thread.
+quint32 perfState(perf_event_attr attributes)
 {
-    perf_event_attr attributes = {};
     attributes.size = sizeof(attributes);
-    attributes.type = PERF_TYPE_SOFTWARE;
-    attributes.config = PERF_COUNT_SW_TASK_CLOCK;
-    attributes.sample_period = 1000000;
-    attributes.sample_type = PERF_SAMPLE_IP;
     attributes.disabled = 1;
-    attributes.exclude_kernel = 1;
     attributes.exclude_hv = 1;
     const long event = ::syscall(SYS_perf_event_open, &attributes, 0, -1, -1, PERF_FLAG_FD_CLOEXEC);
     if (event < 0)
         return errno == EPERM || errno == EACCES ? SourceRefused : SourceAbsent;
     ::close(static_cast<int>(event));
     return SourceRead;
+}
+
+quint32 programCounterState(const QString &)
+{
+    perf_event_attr attributes = {};
+    attributes.type = PERF_TYPE_SOFTWARE;
+    attributes.config = PERF_COUNT_SW_TASK_CLOCK;
+    attributes.sample_period = 1000000;
+    attributes.sample_type = PERF_SAMPLE_IP;
+    attributes.exclude_kernel = 1;
+    return perfState(attributes);
+}
+
+quint32 eventState(quint32 type, quint64 config)
+{
+    perf_event_attr attributes = {};
+    attributes.type = type;
+    attributes.config = config;
+    // What happens in the kernel can't be counted outside of it.
+    const bool isOfKernel = type == PERF_TYPE_SOFTWARE
+        && (config == PERF_COUNT_SW_CONTEXT_SWITCHES || config == PERF_COUNT_SW_CPU_MIGRATIONS);
+    attributes.exclude_kernel = isOfKernel ? 0 : 1;
+    return perfState(attributes);
+}
+
+quint32 cyclesState(const QString &)
+{
+    return eventState(PERF_TYPE_HARDWARE, PERF_COUNT_HW_CPU_CYCLES);
 }
 
 bool startsWith(const QString &path, const char *word)
@@ -81,6 +104,7 @@ struct Probe {
 };
 constexpr Probe Probes[] = {
     {SourceProgramCounters, programCounterState},
+    {SourceCycles, cyclesState},
     {SourceCpuPower, cpuPowerState},
     {SourceSystemPower, systemPowerState},
 };
@@ -97,6 +121,11 @@ QString MetricReasons::ofState(const QString &metric, quint32 state)
 
 QString MetricReasons::onThisMachine(const QString &metric, const QString &sysfs)
 {
+    PerfEvent event;
+    if (PerfEvents::isMetricId(metric, &event)) {
+        const quint32 state = eventState(event.type, event.config);
+        return state != SourceRead ? ofState(metric, state) : QString();
+    }
     for (const Probe &probe : Probes) {
         if (probe.source != MetricTable::sourceOf(metric).id)
             continue;

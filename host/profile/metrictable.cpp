@@ -1,5 +1,7 @@
 #include "profile/metrictable.h"
 
+#include "profile/perfevents.h"
+
 #include <algorithm>
 
 using namespace fern::spool;
@@ -33,7 +35,8 @@ const MetricTable::Source &MetricTable::sourceOf(const QString &metric)
 {
     const auto row = std::find_if(
         rows().begin(), rows().end(), [&](const Row &each) { return each.metric.id == metric; });
-    const SourceId id = row != rows().end() ? row->source : SourceNone;
+    const SourceId otherwise = PerfEvents::isMetricId(metric) ? SourceSiteEvents : SourceNone;
+    const SourceId id = row != rows().end() ? row->source : otherwise;
     return *std::find_if(
         sources().begin(), sources().end(), [id](const Source &source) { return source.id == id; });
 }

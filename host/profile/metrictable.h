@@ -31,7 +31,7 @@ struct Row {
 BRIVANE_HOST_EXPORT const QVector<Source> &sources();
 BRIVANE_HOST_EXPORT const QVector<Row> &rows();
 
-// The source of a metric; SourceNone for an id that nobody knows.
+// The source of a metric, one of a site's own events included; SourceNone for an id that nobody knows.
 BRIVANE_HOST_EXPORT const Source &sourceOf(const QString &metric);
 
 } // namespace MetricTable

@@ -28,6 +28,8 @@ const QVector<Row> &rows()
         {METRIC_SAMPLER_THREADS, [](const SpoolProcess &process) { return double(process.maxThreads); }},
         {METRIC_SAMPLER_THREADS_MISSED,
             [](const SpoolProcess &process) { return double(process.threadsMissed); }},
+        {METRIC_SAMPLER_THREADS_UNCOUNTED,
+            [](const SpoolProcess &process) { return double(process.threadsUncounted); }},
         {METRIC_SAMPLER_COUNTERS,
             [](const SpoolProcess &process) { return double(process.programCounterCount); }},
         {METRIC_SAMPLER_COUNTERS_LOST,

@@ -101,6 +101,7 @@ void storeCollected(ProfilerData *profile, const QString &id, const StatisticsCo
 SpoolMetrics::SpoolMetrics(const SpoolTimeline &timeline)
     : mTimeline(timeline)
     , mCollected(rows().size())
+    , mPerf(timeline)
 {
     for (Collected &metric : mCollected) {
         metric.series.resize(timeline.numSamples());
@@ -119,6 +120,7 @@ void SpoolMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &b
     mNode.physicalCores = std::max(mNode.physicalCores, process.physicalCores);
     mNode.memory = std::max(mNode.memory, process.nodeMemory);
     mSampler.addProcess(process);
+    mPerf.addProcess(process, bins);
     mTicks += process.ticks;
     for (std::size_t source = 0; source < mSourceStates.size(); ++source) {
         mSourceStates[source] = std::max(mSourceStates[source], process.sourceStates[source]);
@@ -165,6 +167,7 @@ void SpoolMetrics::store(ProfilerData *profile)
     storeFact(METRIC_MEMORY_PER_NODE, mMemory);
     storeBudget(profile);
     mSampler.store(profile);
+    mPerf.store(profile);
 }
 
 // The site's configuration says what power a node may use; without it there is no such metric.
@@ -216,9 +219,6 @@ void SpoolMetrics::addGauge(Collected &metric, const Figures &figures) const
 void SpoolMetrics::addRate(
     Collected &metric, const Figures &figures, const SpoolProcess &process, int row) const
 {
-    // A rate over a sliver of time at either end of a process says nothing: what was counted late by a
-    // tick would make it leap.
-    constexpr qint64 slivers = 20;
     const auto rate = [&](const Figure &figure, qint64 ns) {
         const double value = figure.sum * perSecond(rows()[row].figure) / static_cast<double>(ns);
         const bool isCores = rows()[row].figure == fern::spool::FigureCpuTime && process.maxThreads > 0;
@@ -226,9 +226,8 @@ void SpoolMetrics::addRate(
     };
     const qint64 livedNs = std::max<qint64>(process.endNs - process.beginNs, 1);
     for (int sample = 0; sample < mTimeline.numSamples(); ++sample) {
-        const qint64 ns = mTimeline.livedNs(process, sample);
-        if (ns > 0 && ns >= std::min(process.intervalNs, livedNs) / slivers) {
-            metric.series[sample].add(rate(figures.bySample[sample], ns));
+        if (mTimeline.isLongEnough(process, sample)) {
+            metric.series[sample].add(rate(figures.bySample[sample], mTimeline.livedNs(process, sample)));
         }
     }
     metric.wholeRun.add(rate(figures.total, livedNs));

@@ -2,6 +2,7 @@
 #define HOST_PROFILE_SPOOLMETRICS_H
 
 #include "profile/metricstatistics.h"
+#include "profile/perfmetrics.h"
 #include "profile/samplermetrics.h"
 #include "profile/spoolreader.h"
 #include "profile/spooltimeline.h"
@@ -64,6 +65,7 @@ private:
     bool mInNode = false;
     int mNodes = 0;
     SamplerMetrics mSampler;
+    PerfMetrics mPerf;
     quint64 mTicks = 0;
     std::array<quint32, fern::spool::SourceCount> mSourceStates = {}; // the greatest of any process
 };

@@ -150,6 +150,13 @@ bool SpoolReader::readProcess(const QString &path, SpoolProcess *process, QStrin
     read.programCounterCount = int(header.programCounterCount);
     read.programCountersLost = header.programCountersLost;
     std::copy(std::begin(header.sourceStates), std::end(header.sourceStates), read.sourceStates.begin());
+    for (const fern::spool::SiteEvent &event : header.siteEvents) {
+        if (event.name[0] == '\0') {
+            break;
+        }
+        read.siteEvents.append({QString::fromUtf8(text(event.name)), event.state});
+    }
+    read.threadsUncounted = header.threadsUncounted;
     read.samplerCpuNs = header.samplerCpuNs;
     read.hostname = QString::fromUtf8(text(header.hostname));
     read.executable = QFile::decodeName(text(header.executable));

@@ -9,6 +9,12 @@
 
 #include <array>
 
+// An event that the site has chosen, and what became of it in a process.
+struct CountedEvent {
+    QString name;
+    quint32 state = 0; // fern::spool::SourceState
+};
+
 // What is known of one process of the job, the bins of its spool left out. Times are real times in
 // nanoseconds.
 struct SpoolProcess {
@@ -31,6 +37,8 @@ struct SpoolProcess {
     int codeBlockCount = 0;
     int programCounterCount = 0;
     quint64 programCountersLost = 0;
+    QVector<CountedEvent> siteEvents; // in the order of their figures
+    quint64 threadsUncounted = 0; // threads whose events couldn't be counted
     quint64 samplerCpuNs = 0; // CPU time of the sampling thread
 
     qint64 startNs = 0; // when sampling began, before any clamping to bins

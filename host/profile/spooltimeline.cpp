@@ -73,3 +73,11 @@ qint64 SpoolTimeline::livedNs(const SpoolProcess &process, int sample) const
     const qint64 to = std::min(process.endNs, borderNs(sample + 1));
     return std::max<qint64>(to - from, 0);
 }
+
+bool SpoolTimeline::isLongEnough(const SpoolProcess &process, int sample) const
+{
+    constexpr qint64 slivers = 20;
+    const qint64 wholeNs = std::max<qint64>(process.endNs - process.beginNs, 1);
+    const qint64 ns = livedNs(process, sample);
+    return ns > 0 && ns >= std::min(process.intervalNs, wholeNs) / slivers;
+}

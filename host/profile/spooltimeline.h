@@ -26,6 +26,9 @@ public:
 
     // For how long a process lived in a sample.
     qint64 livedNs(const SpoolProcess &process, int sample) const;
+    // Whether that is long enough to say how much of something was in a second. Over a sliver of time at
+    // either end of a process it says nothing: what was counted late by a tick would make it leap.
+    bool isLongEnough(const SpoolProcess &process, int sample) const;
 
 private:
     qint64 borderNs(int sample) const { return mFirstBorderNs + sample * mWidthNs; }

@@ -2,6 +2,7 @@
 
 #include "cli/argparser.h"
 #include "core/brivaneglobals.h"
+#include "core/environment.h"
 #include "workflow/kelpconfig.h"
 #include "workflow/launcherrecognition.h"
 #include "workflow/programpath.h"
@@ -53,6 +54,22 @@ bool readLaunchers(QSettings *settings, QMap<QString, Forwarding> *launchers, QS
     return true;
 }
 
+// The environment prevails over the file.
+bool readEvents(const QStringList &inFile, FERNConfig *fern, QString *error)
+{
+    const QString variable = brivane::environmentString("PERF_EVENTS");
+    const QStringList names
+        = variable.isNull() ? inFile : variable.split(QLatin1Char(','), Qt::SkipEmptyParts);
+    QVector<PerfEvent> events;
+    if (!PerfEvents::parse(names, &events, error)) {
+        *error = QStringLiteral("%1: %2").arg(
+            variable.isNull() ? ConfigFile::path() : QStringLiteral("FERN_PERF_EVENTS"), *error);
+        return false;
+    }
+    fern->setPerfEvents(events);
+    return true;
+}
+
 bool checkStatus(const QSettings &settings, QString *error)
 {
     if (settings.status() == QSettings::NoError)
@@ -73,7 +90,7 @@ QString ConfigFile::path()
 bool ConfigFile::read(KELPConfig *config, QString *error)
 {
     if (!QFileInfo::exists(path()))
-        return true;
+        return readEvents({}, &config->fernConfig(), error);
     QSettings settings(path(), QSettings::IniFormat);
     int samples = 0;
     int interval = 0;
@@ -90,7 +107,8 @@ bool ConfigFile::read(KELPConfig *config, QString *error)
     fern.setInterval(interval);
     fern.setDisabledMetrics(settings.value(QStringLiteral("profile/disabled-metrics")).toStringList());
     config->setLaunchers(launchers);
-    return true;
+    return readEvents(
+        settings.value(QStringLiteral("profile/perf-events")).toStringList(), &config->fernConfig(), error);
 }
 
 bool ConfigFile::remove(bool *removed, QString *error)

@@ -7,12 +7,13 @@
 class KELPConfig;
 
 // The user's configuration: fern.conf in BrivaneGlobals::localConfigDir(), in the manner of .ini files. It
-// needn't exist. Command-line options prevail over it.
+// needn't exist. Command-line options and the environment prevail over it.
 //
 //     [profile]
 //     samples=500             as --samples
 //     interval=10             as --interval
 //     disabled-metrics=a, b   as --disable-metrics
+//     perf-events=a, b        events that are counted (profile/perfevents.h), as FERN_PERF_EVENTS=a,b
 //     [launchers]
 //     openmpi=/opt/mpi/bin/mpirun, our-mpirun    names or paths of launchers, by how they hand variables on:
 //     hydra=...                                  openmpi, hydra, srun, aprun, jsrun or inherited

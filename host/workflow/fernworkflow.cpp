@@ -156,7 +156,8 @@ int FERNWorkflow::launchAndExplore()
     }
 
     bool ok = true;
-    Q_EMIT loadAndCheckReportDefinitions(MetricDefinitions::ofSampler(), &ok);
+    const QStringList events = PerfEvents::names(mConfig.fernConfig().getPerfEvents());
+    Q_EMIT loadAndCheckReportDefinitions(MetricDefinitions::ofSampler(events), &ok);
     if (!ok)
         return ExitFailure;
 
@@ -197,7 +198,7 @@ int FERNWorkflow::waitForJob(const QString &workFolder, const QString &spoolFold
            "it "
            "has ended"));
     const QByteArray sampler = preloadablePath(samplerPath(), workFolder);
-    return waitForManualJob(samplerVariables(sampler, spoolFolder, mConfig.fernConfig().getInterval()));
+    return waitForManualJob(samplerVariables(sampler, spoolFolder, mConfig.fernConfig()));
 }
 
 // Makes the job's profile from what its processes left behind.

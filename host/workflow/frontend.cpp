@@ -41,10 +41,11 @@ ExitStatus printOut(const QString &text)
     return ok ? ExitSuccess : ExitFailure;
 }
 
-QString metricList()
+QString metricList(const FERNConfig &config)
 {
     QString text;
-    const MetricDefinitions definitions = MetricDefinitions::ofSampler();
+    const MetricDefinitions definitions
+        = MetricDefinitions::ofSampler(PerfEvents::names(config.getPerfEvents()));
     for (const Metric &metric : definitions.getAllMetrics()) {
         const MetricTable::Source &source = MetricTable::sourceOf(metric.id);
         text += QStringLiteral("%1\n    %2\n").arg(metric.id, metric.description);
@@ -63,6 +64,13 @@ ExitStatus fail(const QString &message)
 {
     OfflineSupport::criticalMsg(MainWindow::getWindow(), message);
     return ExitFailure;
+}
+
+ExitStatus listMetrics()
+{
+    KELPConfig config;
+    QString error;
+    return ConfigFile::read(&config, &error) ? printOut(metricList(config.fernConfig())) : fail(error);
 }
 
 // Removes the configuration file, or makes a new one, or first the one and then the other.
@@ -97,7 +105,7 @@ QString unknownMetric(const ArgParser &parser)
     if (!common)
         return QString();
     for (const QString &id : common->getEnabledMetrics() + common->getDisabledMetrics()) {
-        if (!MetricDefinitions::known().getMetricById(id))
+        if (!MetricDefinitions::known().getMetricById(id) && !PerfEvents::isMetricId(id))
             return QCoreApplication::translate(
                 "Frontend", "unknown metric '%1'; --list-metrics names all of them")
                 .arg(id);
@@ -151,7 +159,7 @@ int runTool(BrivaneTool &tool, int argc, char **argv)
     if (parser->isPrintVersion())
         return printOut(QStringLiteral("%1 %2\n").arg(tool.getFriendlyName(), sc_version()));
     if (parser->shouldListMetrics())
-        return printOut(metricList());
+        return listMetrics();
     if (parser->isCleanConfig() || parser->isAutomaticConfig())
         return configure(*parser);
     return runWorkflow(tool, *parser, &properties);

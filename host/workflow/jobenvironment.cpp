@@ -1,5 +1,7 @@
 #include "workflow/jobenvironment.h"
 
+#include "workflow/kelpconfig.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
@@ -16,6 +18,7 @@ const char SamplerName[] = "libfern-sampler.so";
 const char SpoolVariable[] = "QUILLON_SAMPLER_SPOOL";
 const char EpochVariable[] = "QUILLON_SAMPLER_EPOCH";
 const char IntervalVariable[] = "QUILLON_SAMPLER_INTERVAL";
+const char EventsVariable[] = "QUILLON_SAMPLER_EVENTS";
 
 qint64 realTimeNs()
 {
@@ -71,20 +74,23 @@ QList<QByteArray> plainEnvironment()
     QList<QByteArray> result;
     for (char **entry = environ; *entry; ++entry) {
         const QByteArray text(*entry);
-        if (!isAnyOf(text, {SpoolVariable, EpochVariable, IntervalVariable}))
+        if (!isAnyOf(text, {SpoolVariable, EpochVariable, IntervalVariable, EventsVariable}))
             result.append(text);
     }
     return result;
 }
 
-QList<Variable> samplerVariables(const QByteArray &sampler, const QString &spoolFolder, int intervalMs)
+QList<Variable> samplerVariables(
+    const QByteArray &sampler, const QString &spoolFolder, const FERNConfig &config)
 {
     QByteArray preload = sampler;
     if (const QByteArray others = qgetenv("LD_PRELOAD"); !others.isEmpty())
         preload += ':' + others;
     QList<Variable> result{{"LD_PRELOAD", preload}, {SpoolVariable, QFile::encodeName(spoolFolder)},
         {EpochVariable, QByteArray::number(realTimeNs())}};
-    if (intervalMs > 0)
-        result.append({IntervalVariable, QByteArray::number(intervalMs)});
+    if (config.getInterval() > 0)
+        result.append({IntervalVariable, QByteArray::number(config.getInterval())});
+    if (!config.getPerfEvents().isEmpty())
+        result.append({EventsVariable, PerfEvents::forSampler(config.getPerfEvents())});
     return result;
 }

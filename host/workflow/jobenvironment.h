@@ -7,6 +7,8 @@
 #include <QList>
 #include <QString>
 
+class FERNConfig;
+
 // Where the sampler lies: beside the library or program that holds this code.
 QByteArray samplerPath();
 
@@ -21,8 +23,9 @@ QByteArray preloadablePath(const QByteArray &sampler, const QString &workFolder)
 QList<QByteArray> plainEnvironment();
 
 // What the sampler needs in the environment of the job: itself in front of what is preloaded already, the
-// folder for the spools, the point in time, now, that all processes of the job count from, and the interval
-// between the first samples in ms unless it is 0.
-QList<Variable> samplerVariables(const QByteArray &sampler, const QString &spoolFolder, int intervalMs);
+// folder for the spools, the point in time, now, that all processes of the job count from, and what the
+// configuration says of the interval between the first samples and of events.
+QList<Variable> samplerVariables(
+    const QByteArray &sampler, const QString &spoolFolder, const FERNConfig &config);
 
 #endif

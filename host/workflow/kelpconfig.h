@@ -3,12 +3,14 @@
 
 #include "cli/launchertable.h"
 #include "core/export.h"
+#include "profile/perfevents.h"
 
 #include <QByteArray>
 #include <QList>
 #include <QMap>
 #include <QString>
 #include <QStringList>
+#include <QVector>
 
 // What is to be launched and how.
 class BRIVANE_HOST_EXPORT PersistentLaunchConfig {
@@ -54,11 +56,16 @@ public:
     QStringList getDisabledMetrics() const { return mDisabledMetrics; }
     void setDisabledMetrics(const QStringList &ids) { mDisabledMetrics = ids; }
 
+    // Events that the site has counted.
+    QVector<PerfEvent> getPerfEvents() const { return mPerfEvents; }
+    void setPerfEvents(const QVector<PerfEvent> &events) { mPerfEvents = events; }
+
 private:
     QString mSelectedRanks;
     int mSamples = 0;
     int mInterval = 0;
     QStringList mDisabledMetrics;
+    QVector<PerfEvent> mPerfEvents;
 };
 
 // The host's configuration for one run, filled from the command line by an ArgumentApplier.

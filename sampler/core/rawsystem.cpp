@@ -113,6 +113,15 @@ std::size_t readOnceAt(int fd, char *buffer, std::size_t size, std::int64_t offs
     return static_cast<std::size_t>(got);
 }
 
+std::size_t read(int fd, char *buffer, std::size_t size)
+{
+    const long got = call(SYS_read, fd, address(buffer), static_cast<long>(size));
+    if (got <= 0)
+        return 0;
+    bytesRead += static_cast<std::size_t>(got);
+    return static_cast<std::size_t>(got);
+}
+
 std::size_t readTextFile(const char *path, char *buffer, std::size_t size)
 {
     const int fd = open(path);

@@ -62,6 +62,8 @@ void close(int fd);
 std::size_t readAt(int fd, char *buffer, std::size_t size, std::int64_t offset);
 // The same by one call, which gives less where the file has less at a time.
 std::size_t readOnceAt(int fd, char *buffer, std::size_t size, std::int64_t offset);
+// Reads what is there, once. Gives the bytes read, 0 on failure.
+std::size_t read(int fd, char *buffer, std::size_t size);
 // All that was ever read so; the kernel books it on the process. The sampling thread's alone.
 extern std::uint64_t bytesRead;
 // Opens, reads and closes; always terminates the text. Gives its length, 0 on failure.

@@ -24,6 +24,32 @@ std::uint64_t numberFromEnvironment(const char *name, std::uint64_t otherwise)
     return text != nullptr && isDigit(*text) ? takeNumber(text) : otherwise;
 }
 
+// Takes NAME:TYPE:CONFIG from `text` and moves it behind; false if something else stands there.
+bool takeEvent(const char *&text, Settings::SiteEvent &event)
+{
+    std::size_t length = 0;
+    while (*text != ':' && *text != '\0' && length + 1 < sizeof(event.name))
+        event.name[length++] = *text++;
+    event.name[length] = '\0';
+    if (length == 0 || *text != ':' || !isDigit(*++text))
+        return false;
+    event.type = static_cast<std::uint32_t>(takeNumber(text));
+    if (*text != ':' || !isDigit(*++text))
+        return false;
+    event.config = takeNumber(text);
+    return true;
+}
+
+void readEvents(const char *text)
+{
+    settings.siteEventCount = 0;
+    while (text != nullptr && settings.siteEventCount < spool::MaxSiteEvents
+        && takeEvent(text, settings.siteEvents[settings.siteEventCount])) {
+        ++settings.siteEventCount;
+        text = *text == ',' ? text + 1 : nullptr;
+    }
+}
+
 } // namespace
 
 bool readSettings()
@@ -43,6 +69,7 @@ bool readSettings()
     settings.ompNumThreads = static_cast<std::int32_t>(numberFromEnvironment("OMP_NUM_THREADS", 0));
     const char *sysfs = secure_getenv("QUILLON_SAMPLER_SYSFS");
     copyText(settings.sysfs, sysfs != nullptr ? sysfs : "/sys");
+    readEvents(secure_getenv("QUILLON_SAMPLER_EVENTS"));
     settings.pageSize = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
     return true;
 }

@@ -1,6 +1,8 @@
 #ifndef SAMPLER_CORE_SETTINGS_H
 #define SAMPLER_CORE_SETTINGS_H
 
+#include "core/spoolformat.h"
+
 #include <cstdint>
 
 namespace fern {
@@ -11,13 +13,23 @@ namespace fern {
 //   QUILLON_SAMPLER_INTERVAL  width of the first bins in ms, 1 to 60000; default 20
 //   QUILLON_SAMPLER_SYSFS     where the node's sensors are, for tests; default /sys
 //   OMP_NUM_THREADS           only noted
+//   QUILLON_SAMPLER_EVENTS    events to count, NAME:TYPE:CONFIG with commas between, the numbers those of
+//                             perf_event_open
 struct Settings {
+    struct SiteEvent {
+        char name[sizeof(spool::SiteEvent::name)];
+        std::uint32_t type;
+        std::uint64_t config;
+    };
+
     char spoolFolder[4096];
     char sysfs[512];
     std::uint64_t epochNs;
     std::uint64_t intervalNs;
     std::int32_t ompNumThreads; // 0 if unset
     std::uint64_t pageSize; // bytes
+    SiteEvent siteEvents[spool::MaxSiteEvents];
+    std::uint32_t siteEventCount;
 };
 
 extern Settings settings;

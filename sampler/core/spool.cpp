@@ -111,6 +111,8 @@ void Spool::fillHeader(std::uint64_t startNs)
     header.firstBin = numberOfBin(startNs);
     header.binCount = 1;
     header.programCounterStep = 1;
+    for (std::uint32_t i = 0; i < settings.siteEventCount; ++i)
+        copyText(header.siteEvents[i].name, settings.siteEvents[i].name);
 
     utsname node{};
     raw::call(SYS_uname, raw::address(&node));

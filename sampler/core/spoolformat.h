@@ -16,7 +16,7 @@
 namespace fern::spool {
 
 constexpr char Magic[8] = {'F', 'E', 'R', 'N', 'S', 'P', 'L', '\0'};
-constexpr std::uint32_t FormatVersion = 3;
+constexpr std::uint32_t FormatVersion = 4;
 
 // Bins of a run at most; when they are full, neighbours are added up and the interval doubles.
 constexpr std::uint32_t MaxBins = 1000;
@@ -61,6 +61,10 @@ struct Figure {
     std::uint64_t count;
 };
 
+// Events that a site has counted, by its own choice, beside cycles and instructions.
+constexpr std::uint32_t MaxSiteEvents = 8;
+constexpr std::uint32_t EventBase = 2;
+
 enum FigureId : std::uint32_t {
     FigureRss, // gauge, bytes
     FigureNodeMemoryUsedPercent, // gauge, percent of the node's memory
@@ -78,7 +82,11 @@ enum FigureId : std::uint32_t {
     FigureInstrMemory,
     FigureCpuPower, // gauge, watts of all processors of the node
     FigureSystemPower, // gauge, watts of the whole node
-    FigureCount = 24 // room for those to come
+    FigureCycles, // counter, of the processor, outside of the kernel
+    FigureInstructions, // counter, likewise
+    FigureSiteEvent, // counters, one for each of Header::siteEvents
+    FigureSiteEventEnd = FigureSiteEvent + MaxSiteEvents,
+    FigureCount = 40 // room for those to come
 };
 
 struct Bin {
@@ -129,6 +137,8 @@ enum SourceId : std::uint32_t {
     SourceSystemPower,
     SourceBudget,
     SourceSampler,
+    SourceCycles,
+    SourceSiteEvents,
     SourceCount = 32 // room for those to come
 };
 
@@ -140,6 +150,12 @@ enum SourceState : std::uint32_t {
     SourceLimited, // it is there, but there was no room for more, of descriptors for instance
     SourceRefused, // it is there, but this user may not read it
     SourceStateCount
+};
+
+// An event that the site has chosen.
+struct SiteEvent {
+    char name[44]; // as the site calls it; empty: there is none
+    std::uint32_t state; // SourceState
 };
 
 enum HeaderFlag : std::uint32_t {
@@ -192,6 +208,8 @@ struct Header {
     std::uint32_t morePadding;
     std::uint64_t programCountersLost; // found no code block, or came too fast
     std::uint32_t sourceStates[SourceCount]; // SourceState by SourceId
+    SiteEvent siteEvents[MaxSiteEvents];
+    std::uint64_t threadsUncounted; // threads whose events couldn't be counted
 
     char hostname[256];
     char executable[4096]; // path, as the kernel knows it

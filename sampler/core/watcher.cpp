@@ -29,6 +29,7 @@ void Watcher::reset(std::uint64_t startNs, std::uint64_t startMonotonicNs)
 {
     mSpool.forget();
     mProgramCounters.forget();
+    mPerfCounters.forget();
     mKernelView.forget();
     mStartNs = mLookNs = mHitsNs = mFiguresNs = mPowerNs = startNs;
     mStartMonotonicNs = startMonotonicNs;
@@ -53,7 +54,8 @@ void Watcher::begin()
     mNode.open();
     mProcess.open();
     mPower.close();
-    mProgramCounters.begin();
+    mSandbox.begin();
+    mPerfCounters.begin();
     if (mSpool.isMapped())
         mSpool.openFile();
     if (!mHasBegun)
@@ -93,6 +95,7 @@ void Watcher::finish(bool wantsSpool)
     }
     mProgramCounters.end();
     mKernelView.end();
+    mPerfCounters.end();
     mEarlierCpuNs += process::ownCpuNs();
     mSpool.closeFile();
 }
@@ -114,7 +117,7 @@ Watcher::Passed Watcher::cpuTimeOf(std::uint32_t index, std::int32_t tid)
 
 KernelView::Answer Watcher::askKernel(std::uint32_t index, std::int32_t tid)
 {
-    const bool mayOpen = !mKernelView.knows(index, tid) && !mProgramCounters.isSandboxed();
+    const bool mayOpen = !mKernelView.knows(index, tid) && !mSandbox.isTighter();
     return mKernelView.ask(index, tid, mayOpen);
 }
 
@@ -147,8 +150,10 @@ void Watcher::lookAtThreads(std::uint64_t timeNs)
         const Passed passed = cpuTimeOf(i, tid);
         bool works = passed.cpuNs * WorkPart >= passedNs;
         std::uint32_t category = registry::categoryOf(slot);
-        if (timeNs - mStartNs >= ShortLifeNs)
-            mProgramCounters.look(mSpool, i, tid, category, works, timeNs);
+        if (timeNs - mStartNs >= ShortLifeNs) {
+            mProgramCounters.look(mSpool, mSandbox, i, tid, category, works, timeNs);
+            mPerfCounters.look(mSandbox, i, tid, works);
+        }
         // No wrapper sees what it does, and for a part of the time it didn't compute: it waits in a call of
         // its own, or for a processor.
         const bool isUnseen = category == spool::Compute || category == spool::PthreadCompute;
@@ -188,6 +193,7 @@ void Watcher::readFigures(std::uint64_t timeNs)
     add(spool::FigureMpiPointToPointBytes, &process::Counters::mpiPointToPointBytes);
     mCounted = counted;
     mFiguresNs = timeNs;
+    mPerfCounters.read(mSpool, fromNs, timeNs);
 
     if (const std::uint64_t resident = mProcess.residentBytes())
         mSpool.addReading(spool::FigureRss, fromNs, timeNs, static_cast<double>(resident));

@@ -5,6 +5,7 @@
 #include "core/spool.h"
 #include "core/threadregistry.h"
 #include "metrics/nodefigures.h"
+#include "metrics/perfcounters.h"
 #include "metrics/powerfigures.h"
 #include "metrics/processfigures.h"
 #include "metrics/programcounters.h"
@@ -58,8 +59,10 @@ private:
     node::Figures mNode;
     process::Figures mProcess;
     PowerFigures mPower;
+    Sandbox mSandbox;
     ProgramCounters mProgramCounters;
     KernelView mKernelView;
+    PerfCounters mPerfCounters;
     process::Counters mCounted{}; // at mFiguresNs
     std::uint64_t mStartNs = 0; // CLOCK_REALTIME
     std::uint64_t mStartMonotonicNs = 0;

@@ -62,12 +62,6 @@ std::uint64_t ringSize()
 
 } // namespace
 
-void ProgramCounters::begin()
-{
-    mStatus.open("/proc/thread-self/status");
-    isSandboxed();
-}
-
 void ProgramCounters::end()
 {
     for (std::uint32_t i = 0; i < mUsedRings; ++i)
@@ -86,25 +80,9 @@ void ProgramCounters::forget()
     mMemory = -1;
 }
 
-// A program that has shut itself in since it began may be killed for a system call that it didn't
-// expect. Reading files goes on: it always did.
-bool ProgramCounters::isSandboxed()
-{
-    const char *text = mStatus.read();
-    const char *value = text != nullptr ? afterLabel(text, "Seccomp_filters:") : nullptr;
-    if (value == nullptr && text != nullptr)
-        value = afterLabel(text, "Seccomp:"); // kernels before 5.9
-    const std::uint64_t filters = value != nullptr ? takeNumber(value) : 0;
-    if (!mKnowsFilters)
-        mFilters = filters;
-    mKnowsFilters = true;
-    return filters > mFilters;
-}
-
-void ProgramCounters::watch(Spool &spool, Ring &ring, std::int32_t tid)
+void ProgramCounters::watch(Spool &spool, Ring &ring, std::int32_t tid, bool isAllowed)
 {
     ring = {tid, -1, nullptr};
-    const bool isAllowed = !isSandboxed();
     if (isAllowed && mMemory < 0)
         mMemory = raw::open("/proc/self/mem");
     const long event = isAllowed ? openEvent(tid) : -EPERM;
@@ -132,8 +110,8 @@ void ProgramCounters::leave(Ring &ring)
     ring = Ring{};
 }
 
-void ProgramCounters::look(Spool &spool, std::uint32_t slot, std::int32_t tid, std::uint32_t category,
-    bool works, std::uint64_t timeNs)
+void ProgramCounters::look(Spool &spool, Sandbox &sandbox, std::uint32_t slot, std::int32_t tid,
+    std::uint32_t category, bool works, std::uint64_t timeNs)
 {
     Ring &ring = mRings[slot];
     if (ring.tid == tid) {
@@ -144,7 +122,7 @@ void ProgramCounters::look(Spool &spool, std::uint32_t slot, std::int32_t tid, s
     leave(ring);
     if (!works)
         return;
-    watch(spool, ring, tid);
+    watch(spool, ring, tid, !sandbox.isTighter());
     if (slot >= mUsedRings)
         mUsedRings = slot + 1;
 }

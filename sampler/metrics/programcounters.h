@@ -3,7 +3,7 @@
 
 #include "core/spool.h"
 #include "core/threadregistry.h"
-#include "metrics/procfile.h"
+#include "metrics/sandbox.h"
 
 #include <cstdint>
 
@@ -17,20 +17,15 @@ namespace fern {
 // the instructions are is found out by the host. No signals, and nothing that the program could see.
 class ProgramCounters {
 public:
-    // A sampling thread starts and ends: its descriptors come and go with it.
-    void begin();
+    // A sampling thread ends, and its descriptors go with it.
     void end();
     // In a forked child: the rings aren't there. Everything begins anew.
     void forget();
 
     // One look at the thread in a slot, which is doing `category`. The first time that it `works` the
     // kernel is asked to watch it.
-    void look(Spool &spool, std::uint32_t slot, std::int32_t tid, std::uint32_t category, bool works,
-        std::uint64_t timeNs);
-
-    // Whether the program has shut itself in by filters of system calls since begin(): files had better not
-    // be opened any more.
-    bool isSandboxed();
+    void look(Spool &spool, Sandbox &sandbox, std::uint32_t slot, std::int32_t tid, std::uint32_t category,
+        bool works, std::uint64_t timeNs);
 
 private:
     struct Ring {
@@ -40,7 +35,7 @@ private:
     };
     static constexpr std::uint32_t IndexSize = 2 * spool::MaxCodeBlocks; // a power of two
 
-    void watch(Spool &spool, Ring &ring, std::int32_t tid);
+    void watch(Spool &spool, Ring &ring, std::int32_t tid, bool isAllowed);
     void leave(Ring &ring);
     void empty(Spool &spool, Ring &ring, std::uint32_t category, std::uint64_t timeNs);
     bool hasCode(Spool &spool, std::uint64_t address);
@@ -50,9 +45,6 @@ private:
     std::uint32_t mUsedRings = 0;
     std::uint64_t mBlockAddresses[IndexSize] = {}; // hashed; 0 for a free place
     int mMemory = -1; // the process's memory as a file
-    ProcFile mStatus;
-    std::uint64_t mFilters = 0; // of system calls, when sampling began
-    bool mKnowsFilters = false;
 };
 
 } // namespace fern

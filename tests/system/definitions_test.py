@@ -42,6 +42,13 @@ class Definitions(SystemTest):
         self.assertIn("Mine (file://", self.definitions())
         self.assertGreater(self.values("x.json")["site.Mine"], 0)
 
+    def test_of_an_event_that_the_site_has_counted(self):
+        self.partial(self.user_folder() / "mine.xml", "Mine", "com.brivane.metrics.perf.task-clock")
+        refused = self.quillon_report("-o", "x.json", CLIENT, "touch", "mark")
+        self.assertExit(refused, 1)
+        self.assertIn(b"com.brivane.metrics.perf.task-clock", refused.stderr)
+        self.assertIn("Mine (file://", self.definitions(FERN_PERF_EVENTS="task-clock"))
+
     def test_of_a_variable_in_place_of_the_users(self):
         self.partial(self.user_folder() / "mine.xml", "Mine")
         given = self.partial(self.folder / "given.txt", "Given")

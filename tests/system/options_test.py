@@ -87,6 +87,11 @@ class Options(SystemTest):
     def test_configuration_that_is_wrong(self):
         for text, complaint in (
             ("[profile]\nsamples=many\n", "value 'many' of profile/samples is no number from 2 to 1000"),
+            (
+                "[profile]\nperf-events=cycles, cycle\n",
+                "no such event: 'cycle'; there are names such as page-faults, cache-misses and "
+                "L1-dcache-load-misses, and the processor's own numbers such as r01c2",
+            ),
             ("[launchers]\ncarrier=x\n", "nothing is known of launchers of the kind 'carrier'"),
         ):
             with self.subTest(text=text):
@@ -95,6 +100,26 @@ class Options(SystemTest):
                 self.assertExit(result, 1)
                 self.assertEqual(result.stderr.decode(), f"fern: {path}: {complaint}\n")
                 self.assertEqual(self.files(), [])
+
+    def test_events_of_the_site(self):
+        page_faults = "com.brivane.metrics.perf.page-faults"
+        ids = "SELECT id FROM metric WHERE id LIKE 'com.brivane.metrics.perf.%' ORDER BY id"
+        ratio = ("com.brivane.metrics.perf.cycles_per_instruction",)
+        self.configure("[profile]\nperf-events=page-faults, task-clock\n")
+        self.assertIn(page_faults.encode(), self.quillon_report("--list-metrics").stdout)
+        self.assertExit(self.fern("-o", "x.fern", CLIENT, "spin", "0.5"), 0)
+        self.assertEqual(
+            self.query("x.fern", ids), [ratio, (page_faults,), ("com.brivane.metrics.perf.task-clock",)]
+        )
+        # The environment prevails, an empty variable, too.
+        self.assertExit(self.fern("-o", "x.fern", CLIENT, "spin", "0.5", BRIVANE_PERF_EVENTS=""), 0)
+        self.assertEqual(self.query("x.fern", ids), [ratio])
+        result = self.fern(CLIENT, "touch", "mark", FERN_PERF_EVENTS="page-faults,,page-faults")
+        self.assertExit(result, 1)
+        self.assertEqual(
+            result.stderr, b"fern: FERN_PERF_EVENTS: the event 'page-faults' is named twice\n"
+        )
+        self.assertEqual(self.files(), ["x.fern"])
 
     def test_job_that_is_started_by_hand(self):
         tool = subprocess.Popen(

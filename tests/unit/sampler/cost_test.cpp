@@ -46,6 +46,25 @@ TEST(Cost, OfLooking)
     EXPECT_LE(share, 3.0);
 }
 
+// By the difference to the same without them, of ten readings in a second.
+TEST(Cost, OfCountingEvents)
+{
+    const auto cpuOf = [](const std::string &events) {
+        const Folder folder;
+        Environment environment = samplingInto(folder.path());
+        environment["QUILLON_SAMPLER_EVENTS"] = events;
+        run({client("shares"), "3", "0", "0", "0", folder.path() + "/data"}, environment);
+        const std::vector<SpoolFile> spools = spoolsIn(folder.path());
+        EXPECT_EQ(spools.size(), 1U);
+        return spools.empty() ? 0.0 : static_cast<double>(spools.front().header().samplerCpuNs) / 1e3;
+    };
+    constexpr double Readings = 30;
+    const double without = cpuOf("");
+    const double with = cpuOf("a:1:0,b:1:1,c:1:2,d:1:4,e:1:5,f:1:6,g:1:7,h:1:8");
+    std::printf("eight events of one thread: %.1f us a reading\n", (with - without) / Readings);
+    EXPECT_LE((with - without) / Readings, 1000.0);
+}
+
 TEST(Cost, OfAWrappedCall)
 {
     const Folder folder;

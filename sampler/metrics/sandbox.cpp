@@ -1,0 +1,26 @@
+#include "metrics/sandbox.h"
+
+#include "core/text.h"
+
+namespace fern {
+
+void Sandbox::begin()
+{
+    mStatus.open("/proc/thread-self/status");
+    isTighter();
+}
+
+bool Sandbox::isTighter()
+{
+    const char *text = mStatus.read();
+    const char *value = text != nullptr ? afterLabel(text, "Seccomp_filters:") : nullptr;
+    if (value == nullptr && text != nullptr)
+        value = afterLabel(text, "Seccomp:"); // kernels before 5.9
+    const std::uint64_t filters = value != nullptr ? takeNumber(value) : 0;
+    if (!mKnowsFilters)
+        mFilters = filters;
+    mKnowsFilters = true;
+    return filters > mFilters;
+}
+
+} // namespace fern
