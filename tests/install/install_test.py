@@ -3,6 +3,7 @@
 import ctypes
 import os
 import pathlib
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -28,7 +29,7 @@ class InstallTest(unittest.TestCase):
         cls.folder = tempfile.TemporaryDirectory(prefix="quillon-install-")
         installed = pathlib.Path(cls.folder.name) / "installed here"
         run("cmake", "--install", BUILD, "--prefix", installed)
-        cls.prefix = pathlib.Path(cls.folder.name) / "moved"
+        cls.prefix = pathlib.Path(cls.folder.name) / "moved away"
         installed.rename(cls.prefix)
         cls.lib = cls.prefix / LIBDIR
         cls.work = pathlib.Path(cls.folder.name) / "work"
@@ -40,7 +41,7 @@ class InstallTest(unittest.TestCase):
 
     def flags(self):
         environment = dict(os.environ, PKG_CONFIG_PATH=str(self.lib / "pkgconfig"))
-        return run("pkg-config", "--cflags", "--libs", "custom-quillon-reports", env=environment).split()
+        return shlex.split(run("pkg-config", "--cflags", "--libs", "custom-quillon-reports", env=environment))
 
     def compile(self, name, *arguments):
         program = self.work / name
@@ -58,7 +59,11 @@ class InstallTest(unittest.TestCase):
                      f"{LIBDIR}/libcustom-quillon-reports.so.7", f"{LIBDIR}/libquillon-report.so",
                      f"{LIBDIR}/pkgconfig/custom-quillon-reports.pc",
                      f"{LIBDIR}/cmake/CustomQuillonReports/CustomQuillonReportsConfig.cmake",
-                     "share/quillon-reports/templates/report-default.xml"]:
+                     "share/quillon-reports/templates/report-default.xml", "share/man/man1/quillon-report.1",
+                     "share/bash-completion/completions/quillon-report", "share/zsh/site-functions/_quillon-report",
+                     "share/fish/vendor_completions.d/quillon-report.fish", "share/doc/quillon-reports/README.md",
+                     "share/doc/quillon-reports/LICENSE", "share/doc/quillon-reports/docs/c-interface.md",
+                     "share/doc/quillon-reports/examples/c-report/report.c"]:
             self.assertTrue((self.prefix / path).exists(), path)
 
     def test_nothing_installed_names_the_build(self):
@@ -101,6 +106,9 @@ class InstallTest(unittest.TestCase):
     def test_programs_run_from_the_moved_tree(self):
         self.assertIn("quillon-report", run(self.prefix / "bin" / "quillon-report", "--help"))
         self.assertIn("fern", run(self.prefix / "bin" / "fern", "--help"))
+        # With its sampler, definitions and schema.
+        run(self.prefix / "bin" / "quillon-report", "-o", "run.txt", "sleep", "0.2", cwd=self.work)
+        self.assertIn("this run was", (self.work / "run.txt").read_text())
 
 
 if __name__ == "__main__":
