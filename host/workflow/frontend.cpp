@@ -2,6 +2,7 @@
 
 #include "cli/argparser.h"
 #include "cli/fernandquillonreportcommonargs.h"
+#include "core/printable.h"
 #include "profile/metricdefinitions.h"
 #include "profile/metricreasons.h"
 #include "profile/metrictable.h"
@@ -27,7 +28,7 @@ namespace {
 // Qt's own handler may send messages to a system log instead, where nobody who waits for them looks.
 void printMessage(QtMsgType, const QMessageLogContext &, const QString &message)
 {
-    const QByteArray line = (message + QLatin1Char('\n')).toUtf8();
+    const QByteArray line = (printable(message) + QLatin1Char('\n')).toUtf8();
     ProgressLine::giveWay();
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
     std::fflush(stderr);

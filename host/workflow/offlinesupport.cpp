@@ -1,5 +1,6 @@
 #include "workflow/offlinesupport.h"
 
+#include "core/printable.h"
 #include "workflow/brivanetool.h"
 #include "workflow/progressline.h"
 
@@ -10,7 +11,7 @@ namespace {
 void print(const QString &message)
 {
     QByteArray line
-        = (BrivaneTool::currentTool()->getCanonicalName() + QLatin1String(": ") + message).toUtf8();
+        = printable(BrivaneTool::currentTool()->getCanonicalName() + QLatin1String(": ") + message).toUtf8();
     if (!line.endsWith('\n')) // what another program printed often has its own
         line += '\n';
     ProgressLine::giveWay();

@@ -1,5 +1,7 @@
 #include "workflow/progressline.h"
 
+#include "core/printable.h"
+
 #include <chrono>
 #include <csignal>
 
@@ -78,7 +80,7 @@ void ProgressLine::show(const QString &text)
     if (!mThread.joinable())
         return;
     const std::lock_guard<std::mutex> lock(mMutex);
-    mText = fitted(text).toUtf8();
+    mText = fitted(printable(text)).toUtf8();
 }
 
 void ProgressLine::giveWay()

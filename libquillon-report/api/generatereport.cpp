@@ -1,6 +1,8 @@
 #include "api/generatereport.h"
 
+#include "api/contentpolicy.h"
 #include "api/embedresources.h"
+#include "core/printable.h"
 #include "reportengine.h"
 
 #include <QDebug>
@@ -149,7 +151,8 @@ QByteArray renderPage(ReportEngine &engine, const QJsonObject &json)
 {
     QString error;
     const QString page = engine.renderDynamicHtml(json, rootTemplateForReportType(HtmlReport), &error);
-    QByteArray report = embedResources(page, QLatin1String(kResources)).toLocal8Bit();
+    const QByteArray report
+        = withContentPolicy(embedResources(page, QLatin1String(kResources)), json).toLocal8Bit();
     if (!error.isEmpty())
         qWarning().noquote() << QObject::tr("Error generating dynamic HTML report: %1").arg(error);
     return report;
@@ -158,12 +161,12 @@ QByteArray renderPage(ReportEngine &engine, const QJsonObject &json)
 QByteArray renderText(ReportEngine &engine, const QJsonObject &json, QuillonReportType type)
 {
     QString error;
-    QByteArray report
-        = engine.renderStatic(json, rootTemplateForReportType(type), formatForReportType(type), &error)
-              .toLocal8Bit();
+    const QString report
+        = engine.renderStatic(json, rootTemplateForReportType(type), formatForReportType(type), &error);
     if (!error.isEmpty())
         qWarning().noquote() << QObject::tr("Error generating static report: %1").arg(error);
-    return report;
+    // The text is for terminals, CSV for programs, which get each value as it is.
+    return (type == TxtReport ? printable(report) : report).toLocal8Bit();
 }
 
 } // namespace

@@ -19,6 +19,11 @@ var brivane = (function () {
     return value !== null && typeof value === 'object';
   }
 
+  // To some script engines __proto__ is an object's own.
+  function isOwn(obj, key) {
+    return key !== '__proto__' && hasOwn.call(obj, key);
+  }
+
   function isArrayLike(obj) {
     if (isString(obj) || Array.isArray(obj)) {
       return true;
@@ -113,7 +118,7 @@ var brivane = (function () {
     var parts = path.split('.');
     var value = obj;
     for (var i = 0; i < parts.length && value !== undefined; i++) {
-      value = isObject(value) ? value[parts[i]] : undefined;
+      value = isObject(value) && isOwn(value, parts[i]) ? value[parts[i]] : undefined;
     }
     return value;
   }

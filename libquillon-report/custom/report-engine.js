@@ -63,6 +63,17 @@ var ReportEngine = (function () {
     return !value || brivane.isString(value);
   }
 
+  // Templates come from definitions, too. What they name is what the data holds, never what every object has from
+  // birth: by way of a constructor a template could run any script.
+  Handlebars.JavaScriptCompiler.prototype.nameLookup = function (parent, name) {
+    // To some script engines it is an object's own.
+    if (name === '__proto__') {
+      return 'undefined';
+    }
+    var key = this.quotedString(name);
+    return ['(Object.prototype.hasOwnProperty.call(', parent, ',', key, ')?', parent, '[', key, ']:undefined)'];
+  };
+
   // ---- HTML to text
 
   function fromCodePoint(code) {

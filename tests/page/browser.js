@@ -86,10 +86,12 @@ async function withChangedReport(name, change, use) {
   const data = reportData(name);
   change(data);
   const json = JSON.stringify(data).replace(/</g, '\\u003c');
+  // The page's policy is that of its own data.
+  const policy = /<meta http-equiv="Content-Security-Policy"[^>]*>/;
   const element = /(<script id="brivane-report-data" type="application\/json">).*?(<\/script>)/s;
   const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'quillon-page-'));
   const file = path.join(folder, 'changed.html');
-  fs.writeFileSync(file, html.replace(element, (whole, begin, end) => begin + json + end));
+  fs.writeFileSync(file, html.replace(policy, '').replace(element, (whole, begin, end) => begin + json + end));
   try {
     await withFile(file, use);
   } finally {

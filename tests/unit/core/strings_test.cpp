@@ -1,11 +1,25 @@
 #include "core/internstringcache.h"
 #include "core/pathstring.h"
+#include "core/printable.h"
 #include "qtprinters.h"
 
 #include <gtest/gtest.h>
 
 #include <thread>
 #include <vector>
+
+TEST(Printable, ReplacesWhatATerminalObeys)
+{
+    EXPECT_EQ(printable(QStringLiteral("a\033[2J\b\r\x7f\x9b"
+                                       "1mz")),
+        "a?[2J????1mz");
+}
+
+TEST(Printable, KeepsLinesTabsAndAllThatCanBeSeen)
+{
+    const QString text = QString::fromUtf8("one\n\ttwo \xc3\xa9 \xe2\x9c\x93 \xf0\x9f\x9a\x80");
+    EXPECT_EQ(printable(text), text);
+}
 
 TEST(PathString, joinsARelativePathToTheFolder)
 {
