@@ -88,7 +88,9 @@ int DcimScript::run()
     if (!isExecutable())
         return kCannotExecute;
 
-    QString commandLine = escape(mProgram);
+    // A name without a slash would be looked for in PATH: that isn't the file that was looked at.
+    QString commandLine
+        = escape(mProgram.contains(QLatin1Char('/')) ? mProgram : QLatin1String("./") + mProgram);
     for (const QString &argument : qAsConst(mArguments))
         commandLine += QLatin1Char(' ') + escape(argument);
     QT_WARNING_PUSH

@@ -17,10 +17,13 @@
 #include "workflow/progressline.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <memory>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -61,6 +64,11 @@ QTemporaryDir *makeWorkFolder()
     if (!folder->isValid())
         folder = std::make_unique<QTemporaryDir>(QStringLiteral("/tmp/fern-XXXXXX"));
     return folder.release();
+}
+
+bool makePrivateFolder(const QString &path)
+{
+    return ::mkdir(QFile::encodeName(path).constData(), 0700) == 0;
 }
 
 } // namespace
@@ -146,7 +154,7 @@ int FERNWorkflow::launchAndExplore()
         prepared = ExitFailure;
     const QScopedPointer<QTemporaryDir> workFolder(makeWorkFolder());
     const QString spoolFolder = workFolder->filePath(QStringLiteral("spool"));
-    if (prepared == ExitSuccess && (!workFolder->isValid() || !QDir().mkdir(spoolFolder))) {
+    if (prepared == ExitSuccess && (!workFolder->isValid() || !makePrivateFolder(spoolFolder))) {
         error = tr("cannot make a folder for the profile in '%1'").arg(QDir::tempPath());
         prepared = ExitFailure;
     }

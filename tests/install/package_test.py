@@ -16,8 +16,8 @@ DOCUMENTS = pathlib.Path(os.environ["QUILLON_SOURCE"]) / "docs"
 CONTENT = pathlib.Path(__file__).with_name("package.list")
 
 # A name for each library that the programs load; what else these need is their own packages' business.
-NEEDED = {"libc6", "libcapstone4", "libgcc-s1", "libqt5core5a", "libqt5gui5", "libqt5network5", "libqt5script5",
-          "libqt5xmlpatterns5", "libsqlite3-0", "libstdc++6"}
+NEEDED = {"libc6", "libcapstone4", "libgcc-s1", "libqt5core5a", "libqt5gui5", "libqt5script5", "libqt5xmlpatterns5",
+          "libsqlite3-0", "libstdc++6"}
 
 
 def run(*command, **options):
