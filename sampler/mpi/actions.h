@@ -51,8 +51,8 @@ template <class Rule, int Last> struct OnRequest : None {
         account.add(payload.moved);
         const Word key = a.requestKey(a.requests(Last));
         if (payload.room == 0)
-            forgetRequest(key);
-        else if (!noteRequest(key, RequestKind::Receive, payload.room))
+            Request::forget(key);
+        else if (!Request::note(key, RequestKind::Receive, payload.room))
             account.add(payload.room);
     }
 };
@@ -64,25 +64,25 @@ template <class Rule, int Last> struct OnStarts : None {
         const payload::Payload payload = Rule::of(a);
         const Word key = a.requestKey(a.requests(Last));
         if (payload.room != 0)
-            noteRequest(key, RequestKind::PersistentReceive, payload.room);
+            Request::note(key, RequestKind::PersistentReceive, payload.room);
         else if (payload.moved != 0 && account.category() == spool::MpiCollective)
-            noteRequest(key, RequestKind::PersistentCollective, payload.moved);
+            Request::note(key, RequestKind::PersistentCollective, payload.moved);
         else if (payload.moved != 0)
-            noteRequest(key, RequestKind::PersistentPointToPoint, payload.moved);
+            Request::note(key, RequestKind::PersistentPointToPoint, payload.moved);
         else
-            forgetRequest(key);
+            Request::forget(key);
     }
 };
 
 inline void countStart(Word key, const Account &account)
 {
-    const Request *request = findRequest(key);
-    if (request == nullptr)
+    const Request request = Request::find(key);
+    if (!request)
         return;
-    if (request->kind() == RequestKind::PersistentPointToPoint)
-        account.add(request->bytes(), spool::MpiPointToPoint);
-    else if (request->kind() == RequestKind::PersistentCollective)
-        account.add(request->bytes(), spool::MpiCollective);
+    if (request.kind() == RequestKind::PersistentPointToPoint)
+        account.add(request.bytes(), spool::MpiPointToPoint);
+    else if (request.kind() == RequestKind::PersistentCollective)
+        account.add(request.bytes(), spool::MpiCollective);
 }
 
 struct Start : None {
@@ -105,25 +105,25 @@ struct Startall : None {
 // The end of one operation, told from its status.
 inline void complete(Word key, const unsigned char *status, const Account &account)
 {
-    Request *request = findRequest(key);
-    if (request == nullptr)
+    const Request request = Request::find(key);
+    if (!request)
         return;
-    const bool isOnce = request->kind() == RequestKind::Receive;
-    if (!isOnce && request->kind() != RequestKind::PersistentReceive)
+    const bool isOnce = request.kind() == RequestKind::Receive;
+    if (!isOnce && request.kind() != RequestKind::PersistentReceive)
         return;
-    if (!request->isGivenUp() || !isCancelled(status))
-        account.add(receivedBytes(status, request->bytes()));
+    if (!request.isGivenUp() || !isCancelled(status))
+        account.add(receivedBytes(status, request.bytes()));
     if (isOnce)
-        request->forget();
+        request.forget();
     else
-        request->setGivenUp(false);
+        request.setGivenUp(false);
 }
 
 struct Cancel : None {
     template <class A> void after(const A &a, const Account &)
     {
-        if (Request *request = findRequest(a.requestKey(a.requests(0))))
-            request->setGivenUp(true);
+        if (const Request request = Request::find(a.requestKey(a.requests(0))))
+            request.setGivenUp(true);
     }
 };
 
@@ -213,8 +213,8 @@ private:
         const Word key = a.requestKey(mRequests + place);
         if (key != a.requestKey(mNow + place))
             return true;
-        const Request *request = findRequest(key);
-        return request != nullptr && request->kind() != RequestKind::Receive;
+        const Request request = Request::find(key);
+        return request && request.kind() != RequestKind::Receive;
     }
 
     const unsigned char *mNow = nullptr;
@@ -289,12 +289,12 @@ struct RequestFree {
     }
     template <class A> void after(const A &, const Account &account)
     {
-        Request *request = findRequest(key);
-        if (request == nullptr)
+        const Request request = Request::find(key);
+        if (!request)
             return;
-        if (request->kind() == RequestKind::Receive)
-            account.add(request->bytes());
-        request->forget();
+        if (request.kind() == RequestKind::Receive)
+            account.add(request.bytes());
+        request.forget();
     }
     Word key;
 };

@@ -18,43 +18,90 @@ enum class RequestKind : std::uint64_t {
     PersistentCollective
 };
 
+// A request can stand in one of these places, which one look finds: the keys are a cache line.
+struct RequestPlaces {
+    static constexpr unsigned Count = 8;
+    alignas(64) std::atomic<Word> keys[Count]; // 0 if free
+    std::atomic<std::uint64_t> values[Count]; // bytes and kind
+};
+
+constexpr unsigned RequestPlacesBits = 10;
+extern RequestPlaces requestPlaces[1U << RequestPlacesBits];
+
+inline RequestPlaces &placesFor(Word key)
+{
+    // Fibonacci hashing: handles differ in their middle bits.
+    const auto hash = static_cast<std::uint64_t>(key) * 0x9e3779b97f4a7c15;
+    return requestPlaces[hash >> (64 - RequestPlacesBits)];
+}
+
+// A request that was noted, or none.
 class Request {
 public:
-    RequestKind kind() const { return static_cast<RequestKind>(value() & KindMask); }
-    std::uint64_t bytes() const { return value() >> KindBits; }
-    // Whether the program wants this to end without a message; that may be too late.
-    bool isGivenUp() const { return (value() & GivenUp) != 0; }
-    void setGivenUp(bool isGivenUp)
+    // That of a key; keys are never 0.
+    static Request find(Word key)
     {
-        mValue.store(isGivenUp ? value() | GivenUp : value() & ~GivenUp, std::memory_order_relaxed);
+        RequestPlaces &places = placesFor(key);
+#pragma GCC unroll 8
+        for (unsigned i = 0; i < RequestPlaces::Count; ++i) {
+            if (places.keys[i].load(std::memory_order_relaxed) == key)
+                return Request(&places.keys[i], &places.values[i]);
+        }
+        return Request(nullptr, nullptr);
+    }
+    // Notes a request, in place of an earlier one with the same key; false if there is no room for it.
+    static bool note(Word key, RequestKind kind, std::uint64_t bytes);
+    static void forget(Word key)
+    {
+        if (const Request request = find(key))
+            request.forget();
+    }
+
+    explicit operator bool() const
+    {
+        return mKey != nullptr;
+    }
+    RequestKind kind() const
+    {
+        return static_cast<RequestKind>(value() & KindMask);
+    }
+    std::uint64_t bytes() const
+    {
+        return value() >> KindBits;
+    }
+    // Whether the program wants this to end without a message; that may be too late.
+    bool isGivenUp() const
+    {
+        return (value() & GivenUp) != 0;
+    }
+    void setGivenUp(bool isGivenUp) const
+    {
+        mValue->store(isGivenUp ? value() | GivenUp : value() & ~GivenUp, std::memory_order_relaxed);
     }
     // The handle may mean another request from now on.
-    void forget() { mKey.store(0, std::memory_order_release); }
+    void forget() const
+    {
+        mKey->store(0, std::memory_order_release);
+    }
 
 private:
-    friend Request *findRequest(Word key);
-    friend bool noteRequest(Word key, RequestKind kind, std::uint64_t bytes);
-
     static constexpr std::uint64_t KindMask = 3;
     static constexpr std::uint64_t GivenUp = 4;
     static constexpr int KindBits = 3;
 
-    std::uint64_t value() const { return mValue.load(std::memory_order_relaxed); }
+    Request(std::atomic<Word> *key, std::atomic<std::uint64_t> *value)
+        : mKey(key)
+        , mValue(value)
+    {
+    }
+    std::uint64_t value() const
+    {
+        return mValue->load(std::memory_order_relaxed);
+    }
 
-    std::atomic<Word> mKey; // 0 if free
-    std::atomic<std::uint64_t> mValue; // bytes and kind
+    std::atomic<Word> *mKey;
+    std::atomic<std::uint64_t> *mValue;
 };
-
-// A request that was noted; nullptr if it wasn't.
-Request *findRequest(Word key);
-// Notes a request, in place of an earlier one with the same key; false if there is no room for it.
-bool noteRequest(Word key, RequestKind kind, std::uint64_t bytes);
-
-inline void forgetRequest(Word key)
-{
-    if (Request *request = findRequest(key))
-        request->forget();
-}
 
 } // namespace fern::mpi
 
