@@ -170,6 +170,50 @@ TEST_P(Mpi, ReceivesCountAsLongAsWhatCame)
     checkBytes(ranks, "pointToPoint", "collective");
 }
 
+// As programs have them that are linked to a tool of their own, or preload one behind the sampler.
+TEST_P(Mpi, AnotherToolBehindTheSamplerSeesTheCalls)
+{
+    const std::string program = client(std::string("mpibytes-") + GetParam().name);
+    const std::string tool = std::string(CLIENTS_DIR) + "/mpitool-" + GetParam().name + ".so";
+    if (access(program.c_str(), X_OK) != 0)
+        GTEST_SKIP() << "Requires " << GetParam().name;
+    const Folder folder;
+    Environment both = samplingInto(folder.path());
+    both["LD_PRELOAD"] += ":" + tool;
+    const Outcome alone = runTwoRanks(GetParam(), {program}, {{"LD_PRELOAD", tool}});
+    const Outcome sampled = runTwoRanks(GetParam(), {program}, both);
+    EXPECT_EQ(alone.status, 0) << alone;
+    EXPECT_EQ(alone.errors, "3 barriers, 0 reductions\n3 barriers, 0 reductions\n");
+    EXPECT_EQ(sampled.errors, alone.errors);
+    EXPECT_EQ(sortedLines(sampled.output), sortedLines(alone.output));
+}
+
+TEST_P(Mpi, ASessionAloneMakesARank)
+{
+    const std::string program = client(std::string("mpisession-") + GetParam().name);
+    if (access(program.c_str(), X_OK) != 0)
+        GTEST_SKIP() << "Requires a version of " << GetParam().name << " that has sessions";
+    const TwoRanks ranks(GetParam(), {program});
+    for (int rank = 0; rank < 2; ++rank) {
+        const SpoolFile *spool = spoolOfRank(rank, ranks.spools);
+        ASSERT_NE(spool, nullptr) << "rank " << rank;
+        EXPECT_EQ(spool->header().mpiSize, 2);
+        EXPECT_TRUE(spool->has(spool::FlagMpiFinalized));
+        EXPECT_EQ(ranks.of(rank, "sum"), 3);
+        EXPECT_NEAR(
+            spool->total().figures[spool::FigureMpiCollectiveBytes].sum, ranks.of(rank, "collective"), 0.01);
+    }
+}
+
+TEST(MpiNames, WithoutAnMpiLibraryMeanWhatTheyMeantOrFail)
+{
+    const Folder folder;
+    EXPECT_EQ(run({client("mpinames")}).output, "foreign 321\n");
+    const Outcome sampled = run({client("mpinames")}, samplingInto(folder.path()));
+    EXPECT_EQ(sampled.output, "foreign 321\nC fails 1, session 5\nFortran fails 1, session 5\n") << sampled;
+    EXPECT_EQ(sampled.status, 0);
+}
+
 INSTANTIATE_TEST_SUITE_P(Sampler, Mpi, testing::Values(OpenMpi, Mpich),
     [](const testing::TestParamInfo<Flavour> &row) { return std::string(row.param.name); });
 
