@@ -91,10 +91,31 @@ quint32 systemPowerState(const QString &sysfs)
     const QDir meters(sysfs + QLatin1String("/class/hwmon"));
     for (const QString &meter : meters.entryList({QStringLiteral("hwmon*")}, QDir::Dirs)) {
         const QString folder = meters.filePath(meter) + QLatin1Char('/');
-        if (state != SourceRead && startsWith(folder + QLatin1String("name"), "power_meter"))
-            state = stateOf(folder + QLatin1String("power1_average"));
+        const QString name = folder + QLatin1String("name");
+        if (state == SourceRead || !(startsWith(name, "power_meter") || startsWith(name, "ipmi")))
+            continue;
+        const bool hasMean = QFile::exists(folder + QLatin1String("power1_average"));
+        state = stateOf(folder + QLatin1String(hasMean ? "power1_average" : "power1_input"));
     }
     return state;
+}
+
+bool hasStats(const QString &folder)
+{
+    const QDir mounts(folder);
+    for (const QString &mount : mounts.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        if (QFile(mounts.filePath(mount) + QLatin1String("/stats")).open(QIODevice::ReadOnly))
+            return true;
+    }
+    return false;
+}
+
+quint32 lustreState(const QString &sysfs)
+{
+    if (hasStats(QStringLiteral("/proc/fs/lustre/llite"))
+        || hasStats(sysfs + QLatin1String("/kernel/debug/lustre/llite")))
+        return SourceRead;
+    return QDir(sysfs + QLatin1String("/fs/lustre")).exists() ? SourceRefused : SourceAbsent;
 }
 
 // Sources that not every machine has.
@@ -105,6 +126,7 @@ struct Probe {
 constexpr Probe Probes[] = {
     {SourceProgramCounters, programCounterState},
     {SourceCycles, cyclesState},
+    {SourceLustre, lustreState},
     {SourceCpuPower, cpuPowerState},
     {SourceSystemPower, systemPowerState},
 };

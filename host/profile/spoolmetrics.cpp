@@ -31,6 +31,25 @@ const QVector<MetricTable::Row> &rows()
     return table;
 }
 
+// Metrics that are so much of a node's figure by the time: energy is power by time, made here, so that it
+// doesn't matter how many processes read the same sensor, nor when they came and went.
+struct Integral {
+    int figure; // fern::spool::FigureId of a gauge, something a second of a whole node
+    QString metric; // of each node, or of its processes, among whom the node's is divided
+};
+
+const QVector<Integral> &integrals()
+{
+    using namespace fern::spool;
+    static const QVector<Integral> table = {
+        {FigureCpuPower, METRIC_RAPL_ENERGY},
+        {FigureSystemPower, METRIC_SYSTEM_ENERGY},
+        {FigureLustreRead, METRIC_LUSTRE_CHARS_READ},
+        {FigureLustreWritten, METRIC_LUSTRE_CHARS_WRITTEN},
+    };
+    return table;
+}
+
 // Of a rate: what a figure's count of one in a nanosecond stands for. CPU time is counted in nanoseconds.
 double perSecond(int figure)
 {
@@ -106,8 +125,10 @@ SpoolMetrics::SpoolMetrics(const SpoolTimeline &timeline)
     for (Collected &metric : mCollected) {
         metric.series.resize(timeline.numSamples());
     }
-    mCpuEnergy.series.resize(timeline.numSamples());
-    mSystemEnergy.series.resize(timeline.numSamples());
+    mIntegrals.resize(integrals().size());
+    for (Collected &metric : mIntegrals) {
+        metric.series.resize(timeline.numSamples());
+    }
 }
 
 void SpoolMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &bins)
@@ -119,6 +140,10 @@ void SpoolMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &b
     mNode.logicalCores = std::max(mNode.logicalCores, process.logicalCores);
     mNode.physicalCores = std::max(mNode.physicalCores, process.physicalCores);
     mNode.memory = std::max(mNode.memory, process.nodeMemory);
+    ++mNode.processes;
+    for (int row = 0; row < integrals().size(); ++row) {
+        addToNode(mNode.integrands[row], figuresOf(process, bins, integrals()[row].figure));
+    }
     mSampler.addProcess(process);
     mPerf.addProcess(process, bins);
     mTicks += process.ticks;
@@ -130,11 +155,7 @@ void SpoolMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &b
         const Metric &definition = rows()[row].metric;
         const Figures figures = figuresOf(process, bins, rows()[row].figure);
         if (definition.scope == Metric::PerNode) {
-            Figures &ofNode = mNode.figures[row];
-            for (int sample = 0; sample < mTimeline.numSamples(); ++sample) {
-                addTo(ofNode.bySample[sample], figures.bySample[sample]);
-            }
-            addTo(ofNode.total, figures.total);
+            addToNode(mNode.figures[row], figures);
         } else if (!wasRead(figures.total)) {
             continue;
         } else if (definition.kind == Metric::Rate) {
@@ -154,11 +175,10 @@ void SpoolMetrics::store(ProfilerData *profile)
         const QString &id = rows()[row].metric.id;
         storeCollected(profile, id, mCollected[row].wholeRun, mCollected[row].series, whyNot(id));
     }
-    const auto storeEnergy = [&](const QString &id, const Collected &energy) {
-        storeCollected(profile, id, energy.wholeRun, energy.series, whyNot(id));
-    };
-    storeEnergy(METRIC_RAPL_ENERGY, mCpuEnergy);
-    storeEnergy(METRIC_SYSTEM_ENERGY, mSystemEnergy);
+    for (int row = 0; row < integrals().size(); ++row) {
+        const QString &id = integrals()[row].metric;
+        storeCollected(profile, id, mIntegrals[row].wholeRun, mIntegrals[row].series, whyNot(id));
+    }
     const auto storeFact = [&](const QString &id, const StatisticsCollector &collector) {
         storeStatic(profile, id, collector, whyNot(id));
     };
@@ -208,6 +228,14 @@ SpoolMetrics::Figures SpoolMetrics::figuresOf(
     return figures;
 }
 
+void SpoolMetrics::addToNode(Figures &node, const Figures &process)
+{
+    for (int sample = 0; sample < node.bySample.size(); ++sample) {
+        addTo(node.bySample[sample], process.bySample[sample]);
+    }
+    addTo(node.total, process.total);
+}
+
 void SpoolMetrics::addGauge(Collected &metric, const Figures &figures) const
 {
     for (int sample = 0; sample < mTimeline.numSamples(); ++sample) {
@@ -245,25 +273,29 @@ void SpoolMetrics::addTotal(Collected &metric, const Figures &figures, const Spo
     metric.wholeRun.add(figures.total.sum);
 }
 
-// Energy of a node so far: its mean power in each sample by the time that this took, so that it doesn't
-// matter how many processes read the same sensor, nor when they came and went.
-void SpoolMetrics::addEnergy(Collected &energy, const Figures &power) const
+// What a node had so far: its mean in each sample by the time that this took.
+void SpoolMetrics::addIntegral(Collected &integral, const Figures &perSecond, int processes) const
 {
-    if (!wasRead(power.total)) {
+    if (!wasRead(perSecond.total)) {
         return;
     }
     constexpr double secondsPerMs = 1e-3;
+    const auto add = [processes](StatisticsCollector &collector, double amount) {
+        for (int process = 0; process < processes; ++process) {
+            collector.add(amount / processes);
+        }
+    };
     const QVector<int> times = mTimeline.timesMs();
     double soFar = 0;
     for (int sample = 0; sample < mTimeline.numSamples(); ++sample) {
-        const Figure &figure = power.bySample[sample];
+        const Figure &figure = perSecond.bySample[sample];
         if (wasRead(figure)) {
             soFar += figure.sum / static_cast<double>(figure.count) * (times[sample + 1] - times[sample])
                 * secondsPerMs;
         }
-        energy.series[sample].add(soFar);
+        add(integral.series[sample], soFar);
     }
-    energy.wholeRun.add(soFar);
+    add(integral.wholeRun, soFar);
 }
 
 void SpoolMetrics::beginNode(const SpoolProcess &process)
@@ -273,6 +305,7 @@ void SpoolMetrics::beginNode(const SpoolProcess &process)
     Figures none;
     none.bySample.fill(Figure{}, mTimeline.numSamples());
     mNode.figures.fill(none, rows().size());
+    mNode.integrands.fill(none, integrals().size());
     mInNode = true;
 }
 
@@ -285,12 +318,10 @@ void SpoolMetrics::endNode()
         if (rows()[row].metric.scope == Metric::PerNode) {
             addGauge(mCollected[row], mNode.figures[row]);
         }
-        if (rows()[row].figure == fern::spool::FigureCpuPower) {
-            addEnergy(mCpuEnergy, mNode.figures[row]);
-        }
-        if (rows()[row].figure == fern::spool::FigureSystemPower) {
-            addEnergy(mSystemEnergy, mNode.figures[row]);
-        }
+    }
+    for (int row = 0; row < integrals().size(); ++row) {
+        const bool isOfNode = MetricDefinitions::describe(integrals()[row].metric).scope == Metric::PerNode;
+        addIntegral(mIntegrals[row], mNode.integrands[row], isOfNode ? 1 : mNode.processes);
     }
     if (mNode.logicalCores > 0) {
         mLogicalCores.add(mNode.logicalCores);

@@ -41,12 +41,15 @@ private:
         int logicalCores = 0;
         int physicalCores = 0;
         quint64 memory = 0;
+        int processes = 0;
         QVector<Figures> figures; // by row of the table of figures
+        QVector<Figures> integrands; // by row of the table of integrals
     };
 
     Figures figuresOf(const SpoolProcess &process, const QVector<fern::spool::Bin> &bins, int figure) const;
     QString whyNot(const QString &metric) const;
-    void addEnergy(Collected &energy, const Figures &power) const;
+    void addIntegral(Collected &integral, const Figures &perSecond, int processes) const;
+    static void addToNode(Figures &node, const Figures &process);
     void addGauge(Collected &metric, const Figures &figures) const;
     void addRate(Collected &metric, const Figures &figures, const SpoolProcess &process, int row) const;
     void addTotal(Collected &metric, const Figures &figures, const SpoolProcess &process) const;
@@ -56,8 +59,7 @@ private:
 
     SpoolTimeline mTimeline;
     QVector<Collected> mCollected; // by row of the table of figures
-    Collected mCpuEnergy;
-    Collected mSystemEnergy;
+    QVector<Collected> mIntegrals; // by row of the table of integrals
     StatisticsCollector mLogicalCores;
     StatisticsCollector mPhysicalCores;
     StatisticsCollector mMemory;

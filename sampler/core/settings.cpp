@@ -69,6 +69,8 @@ bool readSettings()
     settings.ompNumThreads = static_cast<std::int32_t>(numberFromEnvironment("OMP_NUM_THREADS", 0));
     const char *sysfs = secure_getenv("QUILLON_SAMPLER_SYSFS");
     copyText(settings.sysfs, sysfs != nullptr ? sysfs : "/sys");
+    const char *procfs = secure_getenv("QUILLON_SAMPLER_PROCFS");
+    copyText(settings.procfs, procfs != nullptr ? procfs : "/proc");
     readEvents(secure_getenv("QUILLON_SAMPLER_EVENTS"));
     settings.pageSize = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
     return true;

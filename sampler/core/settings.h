@@ -12,6 +12,7 @@ namespace fern {
 //   QUILLON_SAMPLER_EPOCH     the job's epoch, CLOCK_REALTIME in ns; default: the process's start
 //   QUILLON_SAMPLER_INTERVAL  width of the first bins in ms, 1 to 60000; default 20
 //   QUILLON_SAMPLER_SYSFS     where the node's sensors are, for tests; default /sys
+//   QUILLON_SAMPLER_PROCFS    where its file systems' counters are, likewise; default /proc
 //   OMP_NUM_THREADS           only noted
 //   QUILLON_SAMPLER_EVENTS    events to count, NAME:TYPE:CONFIG with commas between, the numbers those of
 //                             perf_event_open
@@ -24,6 +25,7 @@ struct Settings {
 
     char spoolFolder[4096];
     char sysfs[512];
+    char procfs[512]; // of the node, not of the process
     std::uint64_t epochNs;
     std::uint64_t intervalNs;
     std::int32_t ompNumThreads; // 0 if unset

@@ -16,7 +16,7 @@
 namespace fern::spool {
 
 constexpr char Magic[8] = {'F', 'E', 'R', 'N', 'S', 'P', 'L', '\0'};
-constexpr std::uint32_t FormatVersion = 4;
+constexpr std::uint32_t FormatVersion = 5;
 
 // Bins of a run at most; when they are full, neighbours are added up and the interval doubles.
 constexpr std::uint32_t MaxBins = 1000;
@@ -86,6 +86,8 @@ enum FigureId : std::uint32_t {
     FigureInstructions, // counter, likewise
     FigureSiteEvent, // counters, one for each of Header::siteEvents
     FigureSiteEventEnd = FigureSiteEvent + MaxSiteEvents,
+    FigureLustreRead = FigureSiteEventEnd, // gauge, bytes a second of the whole node
+    FigureLustreWritten, // gauge, likewise
     FigureCount = 40 // room for those to come
 };
 
@@ -139,6 +141,7 @@ enum SourceId : std::uint32_t {
     SourceSampler,
     SourceCycles,
     SourceSiteEvents,
+    SourceLustre,
     SourceCount = 32 // room for those to come
 };
 

@@ -13,7 +13,7 @@ namespace {
 constexpr std::uint64_t MaxTickNs = 10'000'000;
 // Reading all figures costs as much as several looks.
 constexpr std::uint64_t FigureIntervalNs = 100'000'000;
-// Sensors are shared by all processes of a node, and some answer slowly.
+// Sensors and file systems are shared by all processes of a node, and some answer slowly.
 constexpr std::uint64_t PowerIntervalNs = 500'000'000;
 // Sensors and the places where a program computes are only worth asking once it has lived for a while.
 constexpr std::uint64_t ShortLifeNs = 100'000'000;
@@ -54,6 +54,7 @@ void Watcher::begin()
     mNode.open();
     mProcess.open();
     mPower.close();
+    mLustre.close();
     mSandbox.begin();
     mPerfCounters.begin();
     if (mSpool.isMapped())
@@ -74,10 +75,10 @@ bool Watcher::look(std::uint64_t monotonicNs)
     lookAtThreads(time);
     if (mTicks == 0 || time - mFiguresNs >= FigureIntervalNs)
         readFigures(time);
-    const bool isPowerDue
+    const bool areSensorsDue
         = mPower.isOpen() ? time - mPowerNs >= PowerIntervalNs : time - mStartNs >= ShortLifeNs;
-    if (isPowerDue)
-        readPower(time);
+    if (areSensorsDue)
+        readSensors(time);
     ++mTicks;
     updateHeader(time);
     return true;
@@ -90,7 +91,7 @@ void Watcher::finish(bool wantsSpool)
         const std::uint64_t time = realTime(now);
         readFigures(time);
         if (mPower.isOpen())
-            readPower(time);
+            readSensors(time);
         updateHeader(time);
     }
     mProgramCounters.end();
@@ -204,13 +205,19 @@ void Watcher::readFigures(std::uint64_t timeNs)
     mSpool.header().samplerCpuNs = mEarlierCpuNs + process::ownCpuNs();
 }
 
-void Watcher::readPower(std::uint64_t timeNs)
+void Watcher::readSensors(std::uint64_t timeNs)
 {
     const PowerFigures::Watts watts = mPower.read(timeNs);
     if (watts.cpu >= 0.0)
         mSpool.addReading(spool::FigureCpuPower, mPowerNs, timeNs, watts.cpu);
     if (watts.system >= 0.0)
         mSpool.addReading(spool::FigureSystemPower, mPowerNs, timeNs, watts.system);
+    const LustreFigures::Rates lustre = mLustre.read(timeNs);
+    if (lustre.read >= 0.0) {
+        mSpool.addReading(spool::FigureLustreRead, mPowerNs, timeNs, lustre.read);
+        mSpool.addReading(spool::FigureLustreWritten, mPowerNs, timeNs, lustre.written);
+    }
+    mSpool.header().sourceStates[spool::SourceLustre] = mLustre.state();
     mSpool.header().sourceStates[spool::SourceCpuPower] = mPower.cpuState();
     mSpool.header().sourceStates[spool::SourceSystemPower] = mPower.systemState();
     mPowerNs = timeNs;

@@ -4,6 +4,7 @@
 #include "core/kernelview.h"
 #include "core/spool.h"
 #include "core/threadregistry.h"
+#include "metrics/lustrefigures.h"
 #include "metrics/nodefigures.h"
 #include "metrics/perfcounters.h"
 #include "metrics/powerfigures.h"
@@ -51,7 +52,7 @@ private:
     std::uint32_t hitsUntil(std::uint64_t timeNs);
     void lookAtThreads(std::uint64_t timeNs);
     void readFigures(std::uint64_t timeNs);
-    void readPower(std::uint64_t timeNs);
+    void readSensors(std::uint64_t timeNs);
     void updateHeader(std::uint64_t timeNs);
 
     Spool mSpool;
@@ -59,6 +60,7 @@ private:
     node::Figures mNode;
     process::Figures mProcess;
     PowerFigures mPower;
+    LustreFigures mLustre;
     Sandbox mSandbox;
     ProgramCounters mProgramCounters;
     KernelView mKernelView;

@@ -93,11 +93,17 @@ void PowerFigures::openSystem()
         folder << settings.sysfs << "/class/hwmon/hwmon" << meter << "/";
         Path name = folder;
         name << "name";
-        if (!startsWith(name.text(), "power_meter"))
+        if (!startsWith(name.text(), "power_meter") && !startsWith(name.text(), "ipmi"))
             continue;
+        // A mean is better than what flows at the moment.
         Path average = folder;
         average << "power1_average";
         mSystemFile = raw::open(average.text());
+        if (mSystemFile == -ENOENT) {
+            Path input = folder;
+            input << "power1_input";
+            mSystemFile = raw::open(input.text());
+        }
         if (mSystemFile < 0)
             mSystemState = spool::SourceRefused;
         mSystemUnit = 1e-6;

@@ -10,7 +10,7 @@ namespace fern {
 // Power of the node, from what the kernel shows of its sensors in sysfs:
 //   class/powercap/intel-rapl:N    energy of a processor package, in microjoules, which wraps around
 //   cray/pm_counters/power         power of the node, in watts
-//   class/hwmon/hwmonN             an ACPI power meter, in microwatts
+//   class/hwmon/hwmonN             an ACPI power meter or one of the IPMI, in microwatts
 class PowerFigures {
 public:
     struct Watts {

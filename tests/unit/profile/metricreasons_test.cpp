@@ -52,6 +52,24 @@ TEST_F(MetricReasonsOfAMachine, ArentThereWithSensors)
     EXPECT_TRUE(reason(METRIC_SYSTEM_POWER).isNull());
 }
 
+TEST_F(MetricReasonsOfAMachine, TakeAMeterOfTheMoment)
+{
+    write("class/hwmon/hwmon0/name", "ipmi_power");
+    write("class/hwmon/hwmon0/power1_input", "1\n");
+    EXPECT_TRUE(reason(METRIC_SYSTEM_POWER).isNull());
+}
+
+TEST_F(MetricReasonsOfAMachine, TellALustreThatIsClosedFromNone)
+{
+    if (QDir("/proc/fs/lustre/llite").exists())
+        GTEST_SKIP() << "this machine has a Lustre file system of its own";
+    EXPECT_TRUE(reason(METRIC_LUSTRE_CHARS_READ).startsWith("Not available"));
+    write("fs/lustre/version", "2.15.0\n");
+    EXPECT_TRUE(reason(METRIC_LUSTRE_CHARS_READ).startsWith("Requires permission"));
+    write("kernel/debug/lustre/llite/scratch/stats", "read_bytes\n");
+    EXPECT_TRUE(reason(METRIC_LUSTRE_CHARS_READ).isNull());
+}
+
 TEST_F(MetricReasonsOfAMachine, DontTakeAnyMeterForTheNodesOwn)
 {
     write("class/powercap/intel-rapl:0/name", "psys\n");

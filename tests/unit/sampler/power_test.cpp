@@ -1,4 +1,5 @@
-// Power and energy of the node, from a made-up sysfs.
+// Figures of the node from its sensors and file systems: power, energy and Lustre, from a made-up sysfs and
+// procfs.
 
 #include "job.h"
 
@@ -54,11 +55,16 @@ protected:
     // Runs a program for some time, with `meanwhile` going on beside it.
     template <typename Action> ProfilerData runFor(const std::string &duration, Action meanwhile)
     {
+        return profileOf({"sleep", duration}, meanwhile);
+    }
+    template <typename Action> ProfilerData profileOf(const Command &command, Action meanwhile)
+    {
         const Folder folder;
         Environment environment = samplingInto(folder.path());
         environment["QUILLON_SAMPLER_SYSFS"] = sysfs.path();
+        environment["QUILLON_SAMPLER_PROCFS"] = procfs.path();
         std::thread beside(meanwhile);
-        const Outcome outcome = run({"sleep", duration}, environment);
+        const Outcome outcome = run(command, environment);
         beside.join();
         EXPECT_EQ(outcome.status, 0) << outcome;
         ProfilerData profile;
@@ -84,6 +90,32 @@ protected:
     }
 
     Sysfs sysfs;
+    Sysfs procfs;
+};
+
+// The counters of a mount, which the node reads and writes by so many bytes a second for some time.
+class Lustre : public Power {
+protected:
+    static void drive(const Sysfs &tree, const std::string &mount, double duration)
+    {
+        using namespace std::chrono;
+        const auto begin = steady_clock::now();
+        double seconds = 0;
+        while (seconds < duration) {
+            seconds = duration_cast<std::chrono::duration<double>>(steady_clock::now() - begin).count();
+            std::ostringstream text;
+            text << std::fixed << std::setprecision(0)
+                 << "snapshot_time             1700000000.25 secs.nsecs\n"
+                 << "write_bytes               7 samples [bytes] 1 4096 " << 1e10 + WriteRate * seconds
+                 << "\n"
+                 << "read_bytes                9 samples [bytes] 4096 1048576 " << 5e9 + ReadRate * seconds
+                 << " 123456789\nopen                      2 samples [regs]";
+            tree.write(mount + "/stats", text.str());
+            std::this_thread::sleep_for(milliseconds(5));
+        }
+    }
+    static constexpr double ReadRate = 3e8;
+    static constexpr double WriteRate = 1e8;
 };
 
 double meanOf(const ProfilerData &profile, const QString &metric)
@@ -126,6 +158,45 @@ TEST_F(Power, OfAWholeNodeComesFromItsPowerMeter)
     sysfs.write("class/hwmon/hwmon1/name", "power_meter");
     sysfs.write("class/hwmon/hwmon1/power1_average", "212500000");
     EXPECT_DOUBLE_EQ(meanOf(runFor("1.2"), METRIC_SYSTEM_POWER), 212.5);
+}
+
+TEST_F(Power, OfAWholeNodeIsThatOfTheMomentWhereTheMeterKnowsNoMean)
+{
+    sysfs.write("class/hwmon/hwmon2/name", "ipmi_power");
+    sysfs.write("class/hwmon/hwmon2/power1_input", "99000000");
+    EXPECT_DOUBLE_EQ(meanOf(runFor("1.2"), METRIC_SYSTEM_POWER), 99.0);
+}
+
+TEST_F(Lustre, IsWhatTheNodesMountsGainedDividedAmongItsProcesses)
+{
+    const std::string mount = "fs/lustre/llite/scratch-ffff8800";
+    drive(procfs, mount, 0.0);
+    const ProfilerData profile
+        = profileOf({"sh", "-c", "sleep 2 & sleep 2; wait"}, [&] { drive(procfs, mount, 2.3); });
+    ASSERT_EQ(profile.numTargetProcs(), 2);
+    ASSERT_TRUE(profile.hasMetricNoErrors(METRIC_LUSTRE_CHARS_READ));
+    const ScalarMetric read = profile.metric(METRIC_LUSTRE_CHARS_READ);
+    EXPECT_NEAR(read.exactSum().to_double(), 2 * ReadRate, 0.3 * ReadRate);
+    EXPECT_NEAR(read.mean().to_double(), ReadRate, 0.15 * ReadRate);
+    const ScalarMetric written = profile.metric(METRIC_LUSTRE_CHARS_WRITTEN);
+    EXPECT_NEAR(written.exactSum().to_double(), 2 * WriteRate, 0.3 * WriteRate);
+}
+
+TEST_F(Lustre, OfANewerReleaseIsInAnotherPlace)
+{
+    const std::string mount = "kernel/debug/lustre/llite/home-ffff8801";
+    drive(sysfs, mount, 0.0);
+    const ProfilerData profile = runFor("1.5", [&] { drive(sysfs, mount, 1.8); });
+    EXPECT_NEAR(profile.metric(METRIC_LUSTRE_CHARS_READ).max().to_double(), 1.5 * ReadRate, 0.3 * ReadRate);
+}
+
+TEST_F(Lustre, ThatIsntThereOrClosedHasItsReason)
+{
+    EXPECT_EQ(runFor("0.5").getFirstMetricError(METRIC_LUSTRE_CHARS_READ),
+        "Not available: this system has no Lustre file system.");
+    sysfs.write("fs/lustre/version", "2.15.0");
+    EXPECT_TRUE(
+        runFor("0.5").getFirstMetricError(METRIC_LUSTRE_CHARS_WRITTEN).startsWith("Requires permission"));
 }
 
 TEST_F(Power, WithoutSensorsHasItsReason)
