@@ -37,10 +37,10 @@ QStringList scriptHashes(const QString &page)
 /// As the templates' function of that name writes a text between single quotes.
 QString scriptString(const QString &text)
 {
-    static const QRegularExpression escaped(QStringLiteral("[\\\\'\"<>&\\x00-\\x1f\\x{2028}\\x{2029}]"));
+    static const QString marks = QStringLiteral("\\'\"<>&\u2028\u2029");
     QString result;
     for (const QChar c : text) {
-        if (escaped.match(c).hasMatch())
+        if (c < QLatin1Char(' ') || marks.contains(c))
             result += QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'));
         else
             result += c;
