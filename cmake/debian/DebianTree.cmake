@@ -2,27 +2,20 @@
 set(share "${CPACK_TEMPORARY_DIRECTORY}${CPACK_PACKAGING_INSTALL_PREFIX}/share")
 set(documents "${share}/doc/${CPACK_PACKAGE_NAME}")
 
-function(compress)
-  # Without name and time, so that the same tree makes the same package.
-  execute_process(COMMAND gzip -9n ${ARGN} RESULT_VARIABLE result)
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result)
   if(NOT result EQUAL 0)
-    message(FATAL_ERROR "gzip couldn't compress ${ARGN}")
+    message(FATAL_ERROR "This failed: ${ARGN}")
   endif()
 endfunction()
 
-# Folders have the packager's mask.
-set(prefix "${CPACK_TEMPORARY_DIRECTORY}${CPACK_PACKAGING_INSTALL_PREFIX}")
-file(GLOB_RECURSE entries LIST_DIRECTORIES true "${prefix}/*")
-foreach(entry IN LISTS entries ITEMS "${prefix}")
-  if(IS_DIRECTORY "${entry}" AND NOT IS_SYMLINK "${entry}")
-    file(CHMOD "${entry}" PERMISSIONS
-      OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-  endif()
-endforeach()
+# Folders have the packager's mask, and files that are copied with their modes that of whoever fetched the sources.
+run(chmod -R u=rwX,go=rX "${CPACK_TEMPORARY_DIRECTORY}${CPACK_PACKAGING_INSTALL_PREFIX}")
 
+# Compressed without name and time, so that the same tree makes the same package.
 file(GLOB pages "${share}/man/man1/*.1")
-compress(${pages})
+run(gzip -9n ${pages})
 file(RENAME "${documents}/CHANGELOG.md" "${documents}/changelog")
-compress("${documents}/changelog")
+run(gzip -9n "${documents}/changelog")
 # Debian has the licence, and the file "copyright" says where.
 file(REMOVE "${documents}/LICENSE")
