@@ -49,6 +49,29 @@ static void *work(void *unused)
     return NULL;
 }
 
+/* What no program may do. */
+static void *share(void *report)
+{
+    int i;
+    pthread_barrier_wait(&start);
+    for (i = 0; i < 100; ++i)
+        quillon_report_set_value_double(report, "none", 1.0);
+    return NULL;
+}
+
+static int shareReport(void)
+{
+    pthread_t threads[2];
+    quillon_report *report = quillon_report_create(kDefinition);
+    pthread_barrier_init(&start, NULL, 2);
+    pthread_create(&threads[0], NULL, share, report);
+    pthread_create(&threads[1], NULL, share, report);
+    pthread_join(threads[0], NULL);
+    pthread_join(threads[1], NULL);
+    quillon_report_free(report);
+    return EXIT_SUCCESS;
+}
+
 static void *workAlone(void *unused)
 {
     (void)unused;
@@ -56,13 +79,16 @@ static void *workAlone(void *unused)
     return NULL;
 }
 
-/* Argument "first": one call before the threads begin, as the most careful caller does it. */
+/* Argument "first": one call before the threads begin, as the most careful caller does it; "shared": two
+ * threads use one report, for ThreadSanitizer to see. */
 int main(int argc, char **argv)
 {
     static struct sigaction before[Signals];
     pthread_t threads[Threads];
     int i;
 
+    if (argc > 1 && strcmp(argv[1], "shared") == 0)
+        return shareReport();
     setenv("LC_ALL", "C.UTF-8", 1);
     setlocale(LC_ALL, "C");
     setlocale(LC_NUMERIC, "POSIX");
