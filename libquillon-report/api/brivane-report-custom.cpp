@@ -23,14 +23,23 @@ bool quillon::report::ensureQCoreApplicationExists()
     static char name[] = "custom-quillon-reports";
     static char *arguments[] = {name, nullptr};
 
+    static bool hasBroken = false;
+
     const std::lock_guard<std::mutex> lock(mutex);
-    if (QCoreApplication::instance())
-        return true;
+    if (QCoreApplication::instance() || hasBroken)
+        return !hasBroken;
+    // Where memory runs out while Qt sets itself up, locks of its own can stay locked: better no report,
+    // ever, than one that hangs.
+    hasBroken = true;
     // Qt would take over the locale of the environment.
     const QByteArray locale = std::setlocale(LC_ALL, nullptr);
     new QCoreApplication(argumentCount, arguments);
     std::setlocale(LC_ALL, locale.constData());
-    return QCoreApplication::instance() != nullptr;
+    // Reports need no plugins. Qt's schema classes would load those for networks, which talk to D-Bus and
+    // start threads in a program that knows nothing of Qt.
+    QCoreApplication::setLibraryPaths(QStringList());
+    hasBroken = QCoreApplication::instance() == nullptr;
+    return !hasBroken;
 }
 
 namespace {

@@ -4,14 +4,16 @@
 
 #include <QByteArray>
 #include <QFile>
-#include <QMutex>
-#include <QMutexLocker>
+#include <QRegExp>
 #include <QScopeGuard>
 #include <QScopedPointer>
 #include <QSourceLocation>
 #include <QXmlSchema>
 #include <QXmlSchemaValidator>
 #include <QXmlStreamReader>
+
+#include <mutex>
+#include <new>
 
 namespace quillon::report {
 
@@ -108,20 +110,48 @@ bool isSafeForSchemaEngine(const QByteArray &xml, const QUrl &documentUrl, QStri
     return true;
 }
 
-QMutex schemaMutex;
+std::mutex validationMutex;
 
-// A schema takes Qt longer to load than a report to read, and some 60 KB that it never gives back: the last
-// one is kept, under schemaMutex.
-QXmlSchema &loadedSchema(const QByteArray &xml, const QUrl &url)
+// The patterns of the built-in types that definitions and their schema use. When the last QRegExp with a
+// pattern goes, its destructor puts the compiled pattern into a cache: that allocates memory, and where there
+// is none the process ends, since destructors must not throw. It doesn't happen while another one lives.
+struct KeptPatterns {
+    const QRegExp name{QStringLiteral("\\i\\c*"), Qt::CaseSensitive, QRegExp::W3CXmlSchema11};
+    const QRegExp integer{QStringLiteral("[\\-+]?[0-9]+"), Qt::CaseSensitive, QRegExp::W3CXmlSchema11};
+};
+
+// A schema with the validator for it. Both stay until the process ends: Qt takes longer to load a schema than
+// to check a report, never gives some 60 KB of it back, and makes an object for network access with each of
+// the two.
+struct Validation {
+    const KeptPatterns patterns;
+    QXmlSchema schema;
+    QXmlSchemaValidator validator;
+    QByteArray loadedXml;
+};
+
+// The validation by the schema that is given, under validationMutex; the last schema is kept.
+Validation &loadedValidation(const QByteArray &xml, const QUrl &url)
 {
-    static QXmlSchema *const schema = new QXmlSchema;
-    static QByteArray loadedXml;
-    if (loadedXml != xml || schema->documentUri() != url) {
-        loadedXml.clear();
-        schema->load(xml, url);
-        loadedXml = xml;
+    static Validation *validation = nullptr;
+    static bool hasBroken = false;
+    // Where memory runs out while Qt sets up what the first of them needs, locks of its own can stay locked:
+    // better no second attempt than one that hangs.
+    if (hasBroken)
+        throw std::bad_alloc();
+    if (!validation) {
+        hasBroken = true;
+        validation = new Validation;
+        hasBroken = false;
     }
-    return *schema;
+    if (validation->loadedXml != xml || validation->schema.documentUri() != url) {
+        validation->loadedXml.clear();
+        validation->schema.load(xml, url);
+        if (validation->schema.isValid())
+            validation->validator.setSchema(validation->schema);
+        validation->loadedXml = xml;
+    }
+    return *validation;
 }
 
 // Turns all identity constraints of the schema into one long comment. The reader tests them itself: its
@@ -185,20 +215,20 @@ bool ReportDefinition::validate(const QByteArray &xml, const QUrl &documentUrl, 
         return false;
     disarmIdConstraints(schemaXml);
 
-    const QMutexLocker lock(&schemaMutex);
-    QXmlSchema &schema = loadedSchema(schemaXml, QUrl::fromLocalFile(schemaFilename));
-    if (!schema.isValid()) {
+    const std::lock_guard<std::mutex> lock(validationMutex);
+    Validation &validation = loadedValidation(schemaXml, QUrl::fromLocalFile(schemaFilename));
+    if (!validation.schema.isValid()) {
         setText(error, QObject::tr("Schema file '%1' is not valid").arg(schemaFilename));
         return false;
     }
     if (!isSafeForSchemaEngine(xml, documentUrl, error))
         return false;
-    QAbstractMessageHandler *const schemasOwn = schema.messageHandler();
-    QAbstractMessageHandler *next = validationErrorMode == VerboseValidation ? schemasOwn : nullptr;
+    QAbstractMessageHandler *next
+        = validationErrorMode == VerboseValidation ? validation.schema.messageHandler() : nullptr;
     const QScopedPointer<MessageHandler> handler(new MessageHandler(error, next, nullptr));
-    schema.setMessageHandler(handler.data());
-    const auto restore = qScopeGuard([&] { schema.setMessageHandler(schemasOwn); });
-    return QXmlSchemaValidator(schema).validate(xml, documentUrl);
+    validation.validator.setMessageHandler(handler.data());
+    const auto restore = qScopeGuard([&] { validation.validator.setMessageHandler(nullptr); });
+    return validation.validator.validate(xml, documentUrl);
 }
 
 ReportDefinition *ReportDefinition::createFromXml(const QByteArray &xml, const QUrl &documentUrl,
