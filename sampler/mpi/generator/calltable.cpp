@@ -87,7 +87,7 @@ std::string readRow(const Columns &columns, CallRow &row)
     if (columns.size() != ColumnCount)
         return std::to_string(columns.size()) + " columns instead of " + std::to_string(ColumnCount);
     row.name = columns[Name];
-    if (const std::string complaint = readNumbers(columns, row); !complaint.empty())
+    if (std::string complaint = readNumbers(columns, row); !complaint.empty())
         return complaint;
     row.since = columns[Since];
     if (!contains({"3.1", "4.0", "4.1"}, row.since))
@@ -98,7 +98,7 @@ std::string readRow(const Columns &columns, CallRow &row)
     row.category = columns[Category];
     if (categoryFor(row.category).empty())
         return quoted(row.category) + " is no category";
-    if (const std::string complaint = readRule(columns[Bytes], row); !complaint.empty())
+    if (std::string complaint = readRule(columns[Bytes], row); !complaint.empty())
         return complaint;
     row.counted = columns[Counted] == "-" ? "" : columns[Counted];
     if (!row.rule.empty() && !contains(CountingActions, row.counted))

@@ -75,11 +75,13 @@ TEST(MpiRequests, ThatFindNoPlaceAreRefusedAndTheOthersKept)
 TEST(MpiRequests, OfSeveralThreadsDontMix)
 {
     std::atomic<int> wrong{0};
+    constexpr int Number = 4;
     std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
+    threads.reserve(Number);
+    for (int thread = 0; thread < Number; ++thread) {
         threads.emplace_back([thread, &wrong] {
             for (int i = 0; i < 100000; ++i) {
-                const Word key = keyOf(4 * (i % 50) + thread);
+                const Word key = keyOf(Number * (i % 50) + thread);
                 const auto bytes = static_cast<std::uint64_t>(i);
                 if (!Request::note(key, RequestKind::Receive, bytes))
                     continue;
