@@ -15,6 +15,7 @@
 #include "core/pathstring.h"
 #include "profile/metricids.h"
 #include "profile/profilerdata.h"
+#include "profile/samplermetrics.h"
 #include "workflow/brivanetool.h"
 #include "workflow/kelpconfig.h"
 #include "workflow/nomenclature.h"
@@ -236,6 +237,16 @@ void setAcceleratorData(Filling &filling)
     });
 }
 
+// What the measurement itself took, for definitions that ask for it.
+void setMeasurementData(Filling &filling)
+{
+    const QString id = QStringLiteral("measurement.cost");
+    const QString cost = SamplerMetrics::costSentence(filling.data);
+    if (filling.report.containsMetricWithId(id))
+        filling.report.setMetricValue(
+            id, cost.isNull() ? QStringLiteral("") : cost, quillon_report::ErrorIfNotDefined);
+}
+
 void setFigures(Filling &filling)
 {
     setOverviewData(filling);
@@ -247,6 +258,7 @@ void setFigures(Filling &filling)
     setOpenMpData(filling);
     setThreadsData(filling);
     setAcceleratorData(filling);
+    setMeasurementData(filling);
     forceEnergyMetricsData(filling.report, filling.implicitMetrics, filling.perfData, filling.data);
     const double cyclesPerIns = filling.perfData.perfCyclesPerIns;
     if (cyclesPerIns > 0 && filling.report.sectionExists(DefaultMetrics::SubsectionPerf))

@@ -195,8 +195,10 @@ void QuillonReportMainGUI::writeQuillonReports()
     const QString extra = brivane::environmentString("EXTRA_REPORT");
     if (!extra.isEmpty() && !writeExtraReport(data, type, extra))
         setOutputFailed();
-    if (args().isDcimOutput())
+    if (args().isDcimOutput()) {
         sendToDcim(data, args().isVerbose(), *reportDefinition);
+        workflow()->endStage(tr("sending the figures to monitoring"));
+    }
     if (args().getOutputFile() == QLatin1String("/dev/null"))
         return;
     const int version = data.getFernFileVersion();
@@ -242,6 +244,7 @@ bool QuillonReportMainGUI::writeQuillonReports(
     const ProfilerData &data, const QString &type, const QMap<QString, QuillonReportType> &reports)
 {
     const QScopedPointer<quillon_report> report(convertToReport(data, *reportDefinition, type, nullptr));
+    workflow()->endStage(tr("figures and sentences"));
     if (!isUsable(*report))
         return false;
     for (auto it = reports.cbegin(); it != reports.cend(); ++it) {
@@ -250,8 +253,10 @@ bool QuillonReportMainGUI::writeQuillonReports(
             quillon::report::printError(*report);
             return false;
         }
+        workflow()->endStage(tr("making '%1'").arg(it.key()));
         if (!writeQuillonReport(it.key(), bytes))
             return false;
+        workflow()->endStage(tr("writing it"));
     }
     return true;
 }

@@ -3,12 +3,12 @@
 
 #include "core/export.h"
 #include "profile/metricstatistics.h"
-#include "profile/spoolreader.h"
 
 #include <QStringList>
 #include <QVector>
 
 class ProfilerData;
+struct SpoolProcess;
 
 // The measurement about itself, as metrics of the profile: how often the sampler looked, what it missed,
 // what it cost.
@@ -22,8 +22,13 @@ public:
     // A line for each of these metrics that a profile has, for people.
     static QStringList describe(const ProfilerData &profile);
 
+    // What the measurement took of the job's CPU time, as a sentence; empty where a profile doesn't say.
+    static QString costSentence(const ProfilerData &profile);
+
 private:
     QVector<StatisticsCollector> mCollected; // by row of the table
+    double mOwnNs = 0; // CPU time of sampling threads and wrappers
+    double mJobNs = 0; // of the job
 };
 
 #endif

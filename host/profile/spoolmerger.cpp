@@ -39,6 +39,18 @@ public:
         add(tr("%1 thread(s) of process %2 on %3 are not in the profile, because it had too many")
                 .arg(QString::number(process.threadsMissed), QString::number(process.pid), process.hostname));
     }
+    void rival(const SpoolProcess &process)
+    {
+        if (mRivals.contains(process.rival)) {
+            return;
+        }
+        mRivals.insert(process.rival);
+        add(tr(
+            "'%1' is preloaded before the sampler and takes %2 of its calls first: what it doesn't hand on "
+            "isn't seen")
+                .arg(process.rival)
+                .arg(process.rivalNames));
+    }
     void ranksMissing(int found, int expected)
     {
         add(tr("only %1 of %2 ranks left a profile").arg(found).arg(expected));
@@ -64,6 +76,7 @@ private:
         }
     }
 
+    QSet<QString> mRivals; // that were told of
     QStringList *mRemarks;
     QStringList *mWarnings;
 };
@@ -232,6 +245,9 @@ bool mergeSpools(
         metrics.addProcess(process, bins);
         if (process.threadsMissed > 0) {
             remarks.threadsMissed(process);
+        }
+        if (process.rivalNames > 0) {
+            remarks.rival(process);
         }
         merged.append(process);
     }

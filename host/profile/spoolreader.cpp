@@ -146,6 +146,12 @@ bool SpoolReader::readProcess(const QString &path, SpoolProcess *process, QStrin
     read.maxThreads = countOrZero(header.maxThreads);
     read.ticks = header.ticks;
     read.threadsMissed = header.threadsMissed;
+    read.ticksMissed = header.ticksMissed;
+    read.wrappedCalls = header.wrappedCalls;
+    read.wrapperNs = double(header.wrapperPs) / 1000;
+    read.cpuNs = header.processCpuNs;
+    read.rivalNames = header.rivalNames;
+    read.rival = QFile::decodeName(text(header.rival));
     read.codeBlockCount = int(header.codeBlockCount);
     read.programCounterCount = int(header.programCounterCount);
     read.programCountersLost = header.programCountersLost;

@@ -30,6 +30,12 @@ struct SpoolProcess {
     int maxThreads = 0; // most threads at a time; 0 if unknown
     quint64 ticks = 0; // times that the sampler looked
     quint64 threadsMissed = 0;
+    quint64 ticksMissed = 0; // times that it should have looked and had no processor
+    quint64 wrappedCalls = 0;
+    double wrapperNs = 0; // what a wrapper's own work took when it was tried
+    quint64 cpuNs = 0; // CPU time without that of the sampling thread
+    quint32 rivalNames = 0; // wrapped names that another library takes first, and its path
+    QString rival;
     QString hostname;
     QString executable; // path
 

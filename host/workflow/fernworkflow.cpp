@@ -115,11 +115,14 @@ void FERNWorkflow::explore(ProgressLine *progress)
 {
     progress->show(tr("writing reports"));
     Q_EMIT enteredExplorePhase();
+    verbose(mStages.all(
+        mParser.getAutoLoadFile().isEmpty() ? tr("from the job's end to the last file") : tr("all of it")));
 }
 
 int FERNWorkflow::loadAndExplore()
 {
     ProgressLine progress(!mParser.isQuiet());
+    mStages.start();
     progress.show(tr("reading '%1'").arg(mParser.getAutoLoadFile()));
     QString error;
     if (!FernFile::read(mParser.getAutoLoadFile(), &mProfile, &error)
@@ -132,11 +135,13 @@ int FERNWorkflow::loadAndExplore()
         = QFileInfo(facts.sourceFernFile).absoluteFilePath(); // reports name it in an address
     mProfile.setFacts(facts);
     disableMetrics();
+    endStage(tr("reading the profile"));
 
     bool ok = true;
     Q_EMIT loadAndCheckReportDefinitions(mProfile.getMetricDefinitions(), &ok);
     if (!ok)
         return ExitFailure;
+    endStage(tr("reading the definitions"));
     explore(&progress);
     return ExitSuccess;
 }
@@ -164,10 +169,12 @@ int FERNWorkflow::launchAndExplore()
     }
 
     bool ok = true;
+    mStages.start();
     const QStringList events = PerfEvents::names(mConfig.fernConfig().getPerfEvents());
     Q_EMIT loadAndCheckReportDefinitions(MetricDefinitions::ofSampler(events), &ok);
     if (!ok)
         return ExitFailure;
+    endStage(tr("reading the definitions, before the job"));
 
     int exitStatus = ExitFailure;
     if (mParser.isManualLaunch())
@@ -175,6 +182,7 @@ int FERNWorkflow::launchAndExplore()
     else if (!runJob(&launcher, workFolder->path(), spoolFolder, &exitStatus))
         return exitStatus;
 
+    mStages.start();
     ProgressLine progress(!mParser.isQuiet());
     if (!collect(spoolFolder, &progress) || (mFernFileEnabled && !writeFernFile()))
         return ExitFailure;
@@ -217,6 +225,8 @@ bool FERNWorkflow::collect(const QString &spoolFolder, ProgressLine *progress)
     MergeOptions options;
     options.warnings = &warnings;
     options.progress = [this, progress](int done, int all) {
+        if (done == 0)
+            endStage(tr("looking at what the processes left"));
         progress->show(tr("merging profiles: %1 of %2").arg(done).arg(all));
     };
     const FERNConfig &fern = mConfig.fernConfig();
@@ -229,6 +239,7 @@ bool FERNWorkflow::collect(const QString &spoolFolder, ProgressLine *progress)
 
     progress->show(tr("reading profiles"));
     ok = mergeSpools(spoolFolder, &mProfile, &remarks, options);
+    endStage(tr("merging it to a profile"));
     for (const QString &remark : remarks)
         verbose(remark);
     for (const QString &line : SamplerMetrics::describe(mProfile))
@@ -275,6 +286,7 @@ bool FERNWorkflow::writeFernFile()
         return false;
     }
     printSummary(true, filename);
+    endStage(tr("writing the profile"));
     return true;
 }
 
@@ -288,6 +300,11 @@ QString FERNWorkflow::fernFilename() const
     if (QFileInfo(output).isDir())
         return generateDefaultFilename(QDir(output).filePath(target.fileName()), &mProfile, extension);
     return QFileInfo(output).suffix() == extension ? output : output + QLatin1Char('.') + extension;
+}
+
+void FERNWorkflow::endStage(const QString &stage)
+{
+    verbose(mStages.end(stage));
 }
 
 void FERNWorkflow::verbose(const QString &message) const

@@ -4,6 +4,7 @@
 #include "core/export.h"
 #include "profile/metricdefinitions.h"
 #include "profile/profilerdata.h"
+#include "workflow/stagetimes.h"
 
 #include <QObject>
 #include <QString>
@@ -34,6 +35,9 @@ public:
     // Says on the standard error stream that a file was written, unless the user wants quiet, or that it
     // could not be.
     void printSummary(bool ok, const QString &filename) const;
+
+    // Says with --verbose that a stage on the way to the reports has ended, and how long it took.
+    void endStage(const QString &stage);
 
     // An automatic file name: "<base>_<processes>p_<nodes>n_<threads>t_<date>_<time>.<extension>", with the
     // start of the job to the minute. Where a file or a report of that name is there already, "_2", "_3"
@@ -73,6 +77,7 @@ private:
     const KELPConfig &mConfig;
     bool mFernFileEnabled = true;
     ProfilerData mProfile;
+    StageTimes mStages;
 };
 
 #endif

@@ -15,10 +15,12 @@ public:
     {
         if (mSlot == nullptr)
             return;
-        if (mSlot->category.load(std::memory_order_relaxed) == mSlot->ownCategory)
+        if (mSlot->category.load(std::memory_order_relaxed) == mSlot->ownCategory) {
             mSlot->category.store(category, std::memory_order_relaxed);
-        else
+            mSlot->calls.store(mSlot->calls.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+        } else {
             mSlot = nullptr;
+        }
     }
     ~CategoryScope()
     {

@@ -1,7 +1,9 @@
 // How the library comes into a process and leaves it.
 
+#include "core/processstate.h"
 #include "core/sampler.h"
 #include "core/settings.h"
+#include "wrappers/examination.h"
 #include "wrappers/hooks.h"
 #include "wrappers/threads.h"
 
@@ -25,6 +27,8 @@ __attribute__((constructor)) void arrive()
     const int error = errno;
     hooks::findAll();
     if (readSettings()) {
+        wrapping.wrapperPs = timeWrapper();
+        findRivals();
         sampler::start();
         threads::prepare();
         pthread_atfork(nullptr, nullptr, arriveInChild);

@@ -16,6 +16,15 @@ struct ProcessState {
     std::atomic<std::int32_t> ompThreads; // that OpenMP takes for a region; 0 before the first one
 };
 
+// What is found out about wrapping when the library arrives, and doesn't change any more.
+struct Wrapping {
+    std::uint64_t wrapperPs; // as in spool::Header, as all of these
+    std::uint32_t rivalNames;
+    char rival[256];
+};
+
+extern Wrapping wrapping;
+
 extern ProcessState processState;
 
 } // namespace fern

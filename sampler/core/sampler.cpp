@@ -15,6 +15,7 @@
 namespace fern {
 
 ProcessState processState;
+Wrapping wrapping;
 
 namespace sampler {
 
@@ -100,7 +101,10 @@ void sampleUntilStopped()
         const std::uint64_t now = raw::clockNs(CLOCK_MONOTONIC);
         if (!watcher.look(now))
             return;
-        tick = now > tick + 4 * tickNs ? now : tick + tickNs; // the process may have been stopped
+        // After a delay the tick that is under way has its look, but not those that are over.
+        const std::uint64_t passed = now >= tick + tickNs ? (now - tick) / tickNs : 1;
+        watcher.missTicks(passed - 1);
+        tick += passed * tickNs;
         if (now - houseNs >= NsPerSecond) {
             houseNs = now;
             if (!keepHouse())

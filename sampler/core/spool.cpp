@@ -113,6 +113,9 @@ void Spool::fillHeader(std::uint64_t startNs)
     header.programCounterStep = 1;
     for (std::uint32_t i = 0; i < settings.siteEventCount; ++i)
         copyText(header.siteEvents[i].name, settings.siteEvents[i].name);
+    header.wrapperPs = wrapping.wrapperPs;
+    header.rivalNames = wrapping.rivalNames;
+    copyText(header.rival, wrapping.rival);
 
     utsname node{};
     raw::call(SYS_uname, raw::address(&node));

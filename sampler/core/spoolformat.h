@@ -204,6 +204,13 @@ struct Header {
     std::uint64_t ticks; // times that the sampling thread looked
     std::uint64_t samplerCpuNs; // CPU time of the sampling thread
     std::uint64_t threadsMissed; // threads that found no free slot
+    std::uint64_t ticksMissed; // times that it should have looked and had no processor
+    std::uint64_t wrappedCalls; // calls that threads made through wrappers, the outermost ones
+    std::uint64_t wrapperPs; // picoseconds that a wrapper's own work took, tried at the start
+    std::uint64_t processCpuNs; // CPU time of the process without the sampling thread
+    std::uint32_t rivalNames; // wrapped names that another preloaded library takes before us
+    std::uint32_t evenMorePadding;
+    char rival[256]; // path of the first such library
 
     std::uint32_t codeBlockCount;
     std::uint32_t programCounterCount;

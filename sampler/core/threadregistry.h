@@ -36,6 +36,8 @@ struct alignas(64) Slot {
     std::atomic<std::uint32_t> teamRegion; // OpenMP: the master's regionsLeft when the thread's region began
     std::atomic<std::uint16_t> team; // slot of the master
     bool isInBarrier; // only the thread itself looks
+    // Calls through wrappers, counted round and round by all threads that ever had this slot.
+    std::atomic<std::uint32_t> calls;
 };
 
 static_assert(sizeof(Slot) == 64);

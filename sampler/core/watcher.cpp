@@ -34,7 +34,7 @@ void Watcher::reset(std::uint64_t startNs, std::uint64_t startMonotonicNs)
     mStartNs = mLookNs = mHitsNs = mFiguresNs = mPowerNs = startNs;
     mStartMonotonicNs = startMonotonicNs;
     mEarlierCpuNs = 0;
-    mTicks = 0;
+    mTicks = mTicksMissed = 0;
     mHasBegun = false;
     raw::bytesRead = 0;
 }
@@ -192,6 +192,9 @@ void Watcher::readFigures(std::uint64_t timeNs)
     add(spool::FigureCpuTime, &process::Counters::cpuNs);
     add(spool::FigureMpiCollectiveBytes, &process::Counters::mpiCollectiveBytes);
     add(spool::FigureMpiPointToPointBytes, &process::Counters::mpiPointToPointBytes);
+    spool::Header &header = mSpool.header();
+    header.wrappedCalls += static_cast<std::uint32_t>(counted.wrappedCalls - mCounted.wrappedCalls);
+    header.processCpuNs += counted.cpuNs > mCounted.cpuNs ? counted.cpuNs - mCounted.cpuNs : 0;
     mCounted = counted;
     mFiguresNs = timeNs;
     mPerfCounters.read(mSpool, fromNs, timeNs);
@@ -202,7 +205,7 @@ void Watcher::readFigures(std::uint64_t timeNs)
         mSpool.addReading(spool::FigureNodeMemoryUsedPercent, fromNs, timeNs, used);
     if (const double load = mNode.loadAveragePercent(mCores); load >= 0.0)
         mSpool.addReading(spool::FigureLoadAveragePercent, fromNs, timeNs, load);
-    mSpool.header().samplerCpuNs = mEarlierCpuNs + process::ownCpuNs();
+    header.samplerCpuNs = mEarlierCpuNs + process::ownCpuNs();
 }
 
 void Watcher::readSensors(std::uint64_t timeNs)
@@ -235,6 +238,7 @@ void Watcher::updateHeader(std::uint64_t timeNs)
     header.threadsMissed = registry::missedThreads();
     header.lastNs = timeNs;
     header.ticks = mTicks;
+    header.ticksMissed = mTicksMissed;
 }
 
 } // namespace fern

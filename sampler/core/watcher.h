@@ -30,6 +30,9 @@ public:
     // The last look of a sampling thread. Without a spool so far, one is made if `wantsSpool`.
     void finish(bool wantsSpool);
 
+    // Looks that should have been and weren't.
+    void missTicks(std::uint64_t count) { mTicksMissed += count; }
+
     // How often to look, in nanoseconds.
     std::uint64_t tickNs() const;
 
@@ -74,6 +77,7 @@ private:
     std::uint64_t mPowerNs = 0; // likewise, of the sensors
     std::uint64_t mEarlierCpuNs = 0; // of earlier sampling threads of this process
     std::uint64_t mTicks = 0;
+    std::uint64_t mTicksMissed = 0;
     bool mHasBegun = false;
     Seen mSeen[MaxThreads] = {}; // by slot; another thread's entry means nothing, so it needn't be cleared
 };

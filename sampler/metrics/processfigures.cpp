@@ -58,6 +58,7 @@ Counters Figures::count(std::uint64_t ownBytesWritten, std::uint64_t earlierOwnC
         const Slot &slot = registry::slots[i];
         result.mpiCollectiveBytes += slot.mpiCollectiveBytes.load(std::memory_order_relaxed);
         result.mpiPointToPointBytes += slot.mpiPointToPointBytes.load(std::memory_order_relaxed);
+        result.wrappedCalls += slot.calls.load(std::memory_order_relaxed);
     }
     return result;
 }

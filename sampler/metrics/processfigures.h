@@ -14,6 +14,7 @@ struct Counters {
     std::uint64_t cpuNs;
     std::uint64_t mpiCollectiveBytes;
     std::uint64_t mpiPointToPointBytes;
+    std::uint32_t wrappedCalls; // round and round
     bool hasBytes; // bytes read and written are known
 };
 

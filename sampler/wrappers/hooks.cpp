@@ -18,6 +18,11 @@ constexpr const char *Names[] = {
 
 } // namespace
 
+const char *nameOf(Id id)
+{
+    return Names[static_cast<unsigned>(id)];
+}
+
 void findAll()
 {
     for (unsigned id = 0; id < static_cast<unsigned>(Id::Count); ++id)

@@ -40,6 +40,8 @@ enum class Id : unsigned {
 
 extern void *functions[static_cast<unsigned>(Id::Count)];
 
+const char *nameOf(Id id);
+
 // Looks up every function: the dynamic linker takes locks that a wrapper mustn't take.
 void findAll();
 // For a wrapper that is called before that, by another library's initialisation.

@@ -31,3 +31,7 @@ readings rss 1.1e9,1.2e9 1.42e9,1.46e9 1.42e9,1.47e9
 series node_mem_percent 22.6 38.4 38.9
 series load_avg 91.4 100.2
 whole-run memory_per_node 4*1.34e11
+whole-run sampler_cpu_time 64*0.72
+whole-run sampler_wrapper_time 64*0.02
+whole-run sampler_job_percent 0.31
+whole-run cpu_time 64*238

@@ -346,11 +346,11 @@ TEST(DefaultReport, IsInstalled)
         QDir::cleanPath(TemplatesDir.filePath(QStringLiteral("report-default.xml")))));
 }
 
-TEST(DefaultReport, DeclaresTheCatalogueAndNothingElse)
+TEST(DefaultReport, DeclaresTheCatalogueAndTheCostOfTheMeasurement)
 {
     const auto definition = loadDefault(nullptr);
     const QSet<QString> declared = definition->metricIds();
-    const QSet<QString> expected = expectedCatalogueMetrics();
+    const QSet<QString> expected = expectedCatalogueMetrics() + QSet<QString>{"measurement.cost"};
     EXPECT_EQ("", QStringList((expected - declared).values()).join(QStringLiteral(", "))) << "missing";
     EXPECT_EQ("", QStringList((declared - expected).values()).join(QStringLiteral(", "))) << "unknown";
     for (const MetricDef &metric : definition->getMetricDefinitionList()) {
@@ -365,8 +365,9 @@ TEST(DefaultReport, DeclaresTheTypesThatTheAnalysisWrites)
     const QSet<QString> flags = {DefaultMetrics::CpuShowWaitingAcc, DefaultMetrics::EnergyHasMetrics,
         DefaultMetrics::EnergyHasCpuPower, DefaultMetrics::EnergyHasAccPower,
         DefaultMetrics::EnergyHasBudgetedMetric, DefaultMetrics::EnergyHasTrappedCapacity};
-    const QSet<QString> sentences = {DefaultMetrics::MpiRateError, DefaultMetrics::IoRateError,
-        DefaultMetrics::MemError, DefaultMetrics::CudaError, DefaultMetrics::SystemLoadAvgError};
+    const QSet<QString> sentences
+        = {DefaultMetrics::MpiRateError, DefaultMetrics::IoRateError, DefaultMetrics::MemError,
+            DefaultMetrics::CudaError, DefaultMetrics::SystemLoadAvgError, "measurement.cost"};
     const auto definition = loadDefault(nullptr);
     for (const MetricDef &metric : definition->getMetricDefinitionList()) {
         const auto expected = flags.contains(metric.id) ? PMetricType::Bool

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -229,6 +230,9 @@ TEST(SpoolMetrics, MeasurementTellsAboutItself)
         writer.header.ticks = looks;
         writer.header.samplerCpuNs = cpuNs;
         writer.header.maxThreads = 3;
+        writer.header.wrappedCalls = 1000000;
+        writer.header.wrapperPs = 2000;
+        writer.header.processCpuNs = 200000000;
         folder.add(writer.rank(rank, 2));
     };
     add(0, 10, 1000000);
@@ -238,9 +242,41 @@ TEST(SpoolMetrics, MeasurementTellsAboutItself)
     EXPECT_EQ(profile.metric(METRIC_SAMPLER_INTERVAL).mean().to_double(), 100);
     EXPECT_DOUBLE_EQ(profile.metric(METRIC_SAMPLER_CPU_PERCENT).max().to_double(), 1.5);
     const QStringList lines = SamplerMetrics::describe(profile);
-    EXPECT_TRUE(lines.contains("Looks of a process: 10 to 20, mean 15"));
-    EXPECT_TRUE(lines.contains("Threads of each process: 3"));
+    EXPECT_TRUE(lines.contains("the sampler looked 10 to 20 (mean 15) times at each process"));
+    EXPECT_TRUE(lines.contains("it saw at most 3 thread(s) of each process at a time"));
+    EXPECT_TRUE(lines.filter("no room").isEmpty()) << "nothing was missed";
+    // 4 ms of the thread, twice a million calls of 2 ns, and 400 ms of the job
+    EXPECT_DOUBLE_EQ(profile.metric(METRIC_SAMPLER_WRAPPER_TIME).exactSum().to_double(), 0.004);
+    EXPECT_DOUBLE_EQ(profile.metric(METRIC_SAMPLER_JOB_PERCENT).mean().to_double(), 2.0);
+    EXPECT_EQ(SamplerMetrics::costSentence(profile),
+        "The measurement itself used 0.008 s of CPU time, 2 % of the job's 0.4 s.");
+    EXPECT_TRUE(SamplerMetrics::costSentence(ProfilerData()).isNull());
     EXPECT_TRUE(SamplerMetrics::describe(ProfilerData()).isEmpty());
+}
+
+TEST(SpoolMetrics, AJobWithoutCpuTimeHasNoShareForTheMeasurement)
+{
+    SpoolFolder folder;
+    folder.add(SpoolWriter(0, 200, 100));
+    const ProfilerData profile = folder.merge();
+    EXPECT_EQ(profile.getFirstMetricError(METRIC_SAMPLER_JOB_PERCENT), "The job used no CPU time.");
+    EXPECT_TRUE(SamplerMetrics::costSentence(profile).isNull());
+}
+
+TEST(SpoolMetrics, ALibraryThatTakesCallsFirstIsNamedOnce)
+{
+    SpoolFolder folder;
+    for (int rank = 0; rank < 2; ++rank) {
+        SpoolWriter writer(0, 200, 100);
+        writer.header.rivalNames = 7;
+        std::strcpy(writer.header.rival, "/opt/tool/libother.so");
+        folder.add(writer.rank(rank, 2));
+    }
+    const ProfilerData profile = folder.merge();
+    EXPECT_EQ(folder.remarks,
+        QStringList("'/opt/tool/libother.so' is preloaded before the sampler and takes 7 of its calls first: "
+                    "what it doesn't hand on isn't seen"));
+    EXPECT_EQ(profile.metric(METRIC_SAMPLER_RIVAL_NAMES).max().to_double(), 7);
 }
 
 TEST(SpoolMetrics, PowerBudgetIsThatOfTheSiteForEachNode)

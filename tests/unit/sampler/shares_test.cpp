@@ -43,6 +43,13 @@ TEST(Shares, ComputingWritingReadingAndSleepingAreToldApart)
     EXPECT_NEAR(percent(total.mainHits, spool::IoRead), run.measuredPercent("read"), Points);
     EXPECT_NEAR(percent(total.mainHits, spool::Sleep), run.measuredPercent("sleep"), Points);
     EXPECT_EQ(sum(total.otherHits), 0U);
+    // What the sampler knows of itself: calls of the smallest possible number, and a plausible time for one.
+    const spool::Header &header = run.spool.header();
+    EXPECT_GE(header.wrappedCalls, 20U);
+    EXPECT_GE(header.wrapperPs, 100U);
+    EXPECT_LE(header.wrapperPs, 1'000'000U);
+    EXPECT_NEAR(
+        static_cast<double>(header.processCpuNs) / 1e9, run.measured["cpu"], 0.1 * run.measured["cpu"]);
 }
 
 TEST(Shares, ASleeperIsNotActive)
