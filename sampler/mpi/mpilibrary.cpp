@@ -244,15 +244,13 @@ int noSuchCall()
     return findObject("ompi_mpi_comm_world") != nullptr ? 16 : 15;
 }
 
-bool handlesArePointers()
+std::atomic<int> kindOfHandles{-1};
+
+bool askKindOfHandles()
 {
-    static std::atomic<int> answer{-1};
-    int known = answer.load(std::memory_order_relaxed);
-    if (known < 0) {
-        known = findObject("ompi_mpi_comm_world") != nullptr ? 1 : 0;
-        answer.store(known, std::memory_order_relaxed);
-    }
-    return known == 1;
+    const bool arePointers = findObject("ompi_mpi_comm_world") != nullptr;
+    kindOfHandles.store(arePointers ? 1 : 0, std::memory_order_relaxed);
+    return arePointers;
 }
 
 int rankIn(Word communicator)

@@ -7,6 +7,7 @@
 
 #include "core/words.h"
 
+#include <atomic>
 #include <cstddef>
 
 namespace fern::mpi {
@@ -26,8 +27,15 @@ Function findNext(const char *name);
 // MPI_ERR_OTHER.
 int noSuchCall();
 
+// What handles are: -1 as long as nobody asked.
+extern std::atomic<int> kindOfHandles;
+bool askKindOfHandles();
 // Whether handles are addresses of the library's own objects, as in Open MPI and its kin, or integers.
-bool handlesArePointers();
+inline bool handlesArePointers()
+{
+    const int known = kindOfHandles.load(std::memory_order_relaxed);
+    return __builtin_expect(known >= 0, true) ? known == 1 : askKindOfHandles();
+}
 
 // Rank of the calling process in a communicator; -1 if unknown.
 int rankIn(Word communicator);
