@@ -38,9 +38,10 @@ constexpr Row Environment[] = {
 
 constexpr Row Files[] = {
     {"~/.config/brivane/fern.conf",
-        "The configuration. Section [profile]: samples, interval, disabled-metrics and perf-events, as the "
-        "options of these names. Section [launchers]: names or paths of launchers with commas "
-        "between, by how they hand variables on: openmpi, hydra, srun, aprun, jsrun or inherited."},
+        "The configuration. Section [profile]: samples, interval and disabled-metrics, as the options of "
+        "these names; perf-events, as BRIVANE_PERF_EVENTS. Section [power]: command, which prints the power "
+        "of this node in watts. Section [launchers]: names or paths of launchers with commas between, by how "
+        "they hand variables on: openmpi, hydra, srun, aprun, jsrun or inherited."},
     {"~/.config/brivane/quillon-report/reports/*.xml", "Parts that are added to reports."}};
 
 // Text with everything escaped that troff would take for its own.

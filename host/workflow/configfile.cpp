@@ -106,6 +106,9 @@ bool ConfigFile::read(KELPConfig *config, QString *error)
     fern.setSamples(samples);
     fern.setInterval(interval);
     fern.setDisabledMetrics(settings.value(QStringLiteral("profile/disabled-metrics")).toStringList());
+    // A command may hold commas, which part lists here.
+    fern.setPowerCommand(
+        settings.value(QStringLiteral("power/command")).toStringList().join(QLatin1String(", ")));
     config->setLaunchers(launchers);
     return readEvents(
         settings.value(QStringLiteral("profile/perf-events")).toStringList(), &config->fernConfig(), error);

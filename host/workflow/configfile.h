@@ -14,6 +14,8 @@ class KELPConfig;
 //     interval=10             as --interval
 //     disabled-metrics=a, b   as --disable-metrics
 //     perf-events=a, b        events that are counted (profile/perfevents.h), as FERN_PERF_EVENTS=a,b
+//     [power]
+//     command="..."           prints the power of this node in watts (workflow/powercommand.h)
 //     [launchers]
 //     openmpi=/opt/mpi/bin/mpirun, our-mpirun    names or paths of launchers, by how they hand variables on:
 //     hydra=...                                  openmpi, hydra, srun, aprun, jsrun or inherited

@@ -14,6 +14,7 @@
 #include "workflow/namereservation.h"
 #include "workflow/offlinesupport.h"
 #include "workflow/outputfolder.h"
+#include "workflow/powercommand.h"
 #include "workflow/progressline.h"
 
 #include <QDir>
@@ -176,15 +177,17 @@ int FERNWorkflow::launchAndExplore()
         return ExitFailure;
     endStage(tr("reading the definitions, before the job"));
 
+    PowerCommand power(mConfig.fernConfig().getPowerCommand());
     int exitStatus = ExitFailure;
     if (mParser.isManualLaunch())
         exitStatus = waitForJob(workFolder->path(), spoolFolder);
     else if (!runJob(&launcher, workFolder->path(), spoolFolder, &exitStatus))
         return exitStatus;
 
+    power.stop();
     mStages.start();
     ProgressLine progress(!mParser.isQuiet());
-    if (!collect(spoolFolder, &progress) || (mFernFileEnabled && !writeFernFile()))
+    if (!collect(spoolFolder, power, &progress) || (mFernFileEnabled && !writeFernFile()))
         return ExitFailure;
     explore(&progress);
     return exitStatus;
@@ -218,7 +221,7 @@ int FERNWorkflow::waitForJob(const QString &workFolder, const QString &spoolFold
 }
 
 // Makes the job's profile from what its processes left behind.
-bool FERNWorkflow::collect(const QString &spoolFolder, ProgressLine *progress)
+bool FERNWorkflow::collect(const QString &spoolFolder, const PowerCommand &power, ProgressLine *progress)
 {
     QStringList remarks;
     QStringList warnings;
@@ -254,6 +257,7 @@ bool FERNWorkflow::collect(const QString &spoolFolder, ProgressLine *progress)
     facts.commandLine
         = mParser.isManualLaunch() ? shellQuoted({facts.target.toUtf8()}) : shellQuoted(mConfig.getCommand());
     mProfile.setFacts(facts);
+    power.addTo(&mProfile);
     disableMetrics();
     return true;
 }

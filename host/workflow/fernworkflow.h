@@ -12,6 +12,7 @@
 class ArgParser;
 class JobLauncher;
 class KELPConfig;
+class PowerCommand;
 class ProgressLine;
 
 // The way from a command line to a finished profile: loads a .fern file, or runs the job under the sampler.
@@ -66,7 +67,7 @@ private:
     bool runJob(
         JobLauncher *launcher, const QString &workFolder, const QString &spoolFolder, int *exitStatus);
     int waitForJob(const QString &workFolder, const QString &spoolFolder);
-    bool collect(const QString &spoolFolder, ProgressLine *progress);
+    bool collect(const QString &spoolFolder, const PowerCommand &power, ProgressLine *progress);
     QString noProfile() const;
     void disableMetrics();
     bool writeFernFile();

@@ -54,7 +54,10 @@ QString metricList(const FERNConfig &config)
                     .arg(metric.units.isEmpty() ? QStringLiteral("number") : metric.units,
                         metric.scope == Metric::PerNode ? QStringLiteral("node") : QStringLiteral("process"),
                         source.how, source.often);
-        const QString whyNot = MetricReasons::onThisMachine(metric.id);
+        // The site's command is asked when a job runs, not here.
+        const bool hasCommand
+            = source.id == fern::spool::SourceSystemPower && !config.getPowerCommand().isEmpty();
+        const QString whyNot = hasCommand ? QString() : MetricReasons::onThisMachine(metric.id);
         if (!whyNot.isEmpty())
             text += QStringLiteral("    %1\n").arg(whyNot);
     }

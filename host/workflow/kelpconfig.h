@@ -60,12 +60,17 @@ public:
     QVector<PerfEvent> getPerfEvents() const { return mPerfEvents; }
     void setPerfEvents(const QVector<PerfEvent> &events) { mPerfEvents = events; }
 
+    // What the shell is to run for the power of this node in watts; empty: nothing.
+    QString getPowerCommand() const { return mPowerCommand; }
+    void setPowerCommand(const QString &command) { mPowerCommand = command; }
+
 private:
     QString mSelectedRanks;
     int mSamples = 0;
     int mInterval = 0;
     QStringList mDisabledMetrics;
     QVector<PerfEvent> mPerfEvents;
+    QString mPowerCommand;
 };
 
 // The host's configuration for one run, filled from the command line by an ArgumentApplier.

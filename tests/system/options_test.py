@@ -1,5 +1,6 @@
 """Options of the profile: metrics, samples, starts by hand; and the configuration file."""
 
+import pathlib
 import sqlite3
 import subprocess
 import unittest
@@ -120,6 +121,39 @@ class Options(SystemTest):
             result.stderr, b"fern: FERN_PERF_EVENTS: the event 'page-faults' is named twice\n"
         )
         self.assertEqual(self.files(), ["x.fern"])
+
+    def power(self, name):
+        return self.query(
+            name,
+            "SELECT r.minimum, r.maximum FROM run_reading r JOIN metric USING (metric)"
+            " WHERE id = 'system_power'",
+        )
+
+    def test_power_from_a_command_of_the_site(self):
+        if any(pathlib.Path("/sys").glob("c*/pm_counters/power")) or any(
+            (f / "name").read_text().startswith(("power_meter", "ipmi"))
+            for f in pathlib.Path("/sys/class/hwmon").glob("hwmon*")
+        ):
+            self.skipTest("this machine has a power meter of its own")
+        self.configure('[power]\ncommand="echo 212.5, | tr -d ,"\n')
+        self.assertExit(self.fern("-o", "x.fern", CLIENT, "spin", "1.5"), 0)
+        self.assertEqual(self.power("x.fern"), [(212.5, 212.5)])
+        for command, reason in (
+            ("echo much", "Requires a command that prints a number of watts: 'echo much' printed 'much'."),
+            ("exit 3", "Requires a command that prints a number of watts: 'exit 3' printed ''."),
+            ("sleep 60", "Not enough time passed to ask the site's command for power."),
+        ):
+            with self.subTest(command=command):
+                self.configure(f"[power]\ncommand={command}\n")
+                self.assertExit(self.fern("-o", "x.fern", CLIENT, "spin", "0.5"), 0)
+                self.assertEqual(self.power("x.fern"), [])
+                self.assertEqual(self.errors("x.fern", "system_power"), [(reason,)])
+        self.configure("[power]\ncommand=sleep 60\n")
+        self.assertExit(self.fern("-o", "x.fern", CLIENT, "sleep", "5.5"), 0)
+        self.assertEqual(
+            self.errors("x.fern", "system_power"),
+            [("Requires a command that answers within five seconds: 'sleep 60' did not.",)],
+        )
 
     def test_job_that_is_started_by_hand(self):
         tool = subprocess.Popen(
