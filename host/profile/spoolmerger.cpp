@@ -9,6 +9,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QMultiHash>
 #include <QSet>
 
 #include <algorithm>
@@ -95,6 +96,35 @@ QVector<SpoolProcess> readProcesses(const QString &folder, Remarks &remarks)
         }
     }
     return processes;
+}
+
+// Those that aren't processes of the job but read figures of a node, by the node's name.
+QMultiHash<QString, SpoolProcess> takeReaders(QVector<SpoolProcess> *processes)
+{
+    QMultiHash<QString, SpoolProcess> readers;
+    const auto isReader = [](const SpoolProcess &process) { return process.is(fern::spool::FlagReader); };
+    for (const SpoolProcess &process : qAsConst(*processes)) {
+        if (isReader(process))
+            readers.insert(process.hostname, process);
+    }
+    processes->erase(std::remove_if(processes->begin(), processes->end(), isReader), processes->end());
+    return readers;
+}
+
+// Adds a node's readers behind the first process there. They may still be writing: one that can't be read has
+// nothing to tell.
+void addReaders(const QMultiHash<QString, SpoolProcess> &readers, const QString &hostname,
+    QSet<QString> *knownNodes, SpoolMetrics *metrics)
+{
+    if (knownNodes->contains(hostname))
+        return;
+    knownNodes->insert(hostname);
+    for (const SpoolProcess &reader : readers.values(hostname)) {
+        QVector<Bin> bins;
+        QString reason;
+        if (SpoolReader::readBins(reader, &bins, &reason))
+            metrics->addReader(reader, bins);
+    }
 }
 
 // Those that the user wants to see, or all where none of them is among the wanted ones.
@@ -207,7 +237,9 @@ bool mergeSpools(
     const QString &folder, ProfilerData *profile, QStringList *remarkTexts, const MergeOptions &options)
 {
     Remarks remarks(remarkTexts, options.warnings);
-    const JobChoice choice = chooseJob(readProcesses(folder, remarks));
+    QVector<SpoolProcess> processes = readProcesses(folder, remarks);
+    const QMultiHash<QString, SpoolProcess> readers = takeReaders(&processes);
+    const JobChoice choice = chooseJob(processes);
     remarks.leftOut(choice.leftOut);
     QVector<SpoolProcess> job = selectRanks(choice.job, options.isSelected, remarks);
     // Node by node, for SpoolMetrics; the rest of the order makes the result the same every time.
@@ -222,6 +254,7 @@ bool mergeSpools(
     SpoolMetrics metrics(timeline);
     QVector<HitCounts> hits(timeline.numSamples());
     QVector<SpoolProcess> merged;
+    QSet<QString> knownNodes;
     for (int i = 0; i < job.size(); ++i) {
         const SpoolProcess &process = job[i];
         QVector<Bin> bins;
@@ -250,6 +283,7 @@ bool mergeSpools(
             remarks.rival(process);
         }
         merged.append(process);
+        addReaders(readers, process.hostname, &knownNodes, &metrics);
     }
     if (merged.isEmpty()) {
         return false;

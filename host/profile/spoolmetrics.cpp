@@ -140,6 +140,9 @@ void SpoolMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &b
     mNode.logicalCores = std::max(mNode.logicalCores, process.logicalCores);
     mNode.physicalCores = std::max(mNode.physicalCores, process.physicalCores);
     mNode.memory = std::max(mNode.memory, process.nodeMemory);
+    if (process.sourceStates[fern::spool::SourceGpus] == fern::spool::SourceAbsent) {
+        mNode.gpus = std::max(mNode.gpus, 0);
+    }
     ++mNode.processes;
     for (int row = 0; row < integrals().size(); ++row) {
         addToNode(mNode.integrands[row], figuresOf(process, bins, integrals()[row].figure));
@@ -147,9 +150,7 @@ void SpoolMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &b
     mSampler.addProcess(process);
     mPerf.addProcess(process, bins);
     mTicks += process.ticks;
-    for (std::size_t source = 0; source < mSourceStates.size(); ++source) {
-        mSourceStates[source] = std::max(mSourceStates[source], process.sourceStates[source]);
-    }
+    noteSources(process);
 
     for (int row = 0; row < rows().size(); ++row) {
         const Metric &definition = rows()[row].metric;
@@ -165,6 +166,31 @@ void SpoolMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &b
         } else {
             addGauge(mCollected[row], figures);
         }
+    }
+}
+
+void SpoolMetrics::addReader(const SpoolProcess &reader, const QVector<Bin> &bins)
+{
+    noteSources(reader);
+    mNode.gpus = std::max(mNode.gpus, reader.gpus);
+    mNode.gpuMemory = std::max(mNode.gpuMemory, reader.gpuMemory);
+    for (int bin = 0; bin < bins.size(); ++bin) {
+        const auto [first, last] = mTimeline.samplesOf(reader, bin);
+        for (int row = 0; row < rows().size() && first <= last; ++row) {
+            const Figure &figure = bins[bin].figures[rows()[row].figure];
+            Figures &ofNode = mNode.figures[row];
+            addTo(ofNode.total, figure);
+            for (int sample = first; sample <= last; ++sample) {
+                addTo(ofNode.bySample[sample], figure);
+            }
+        }
+    }
+}
+
+void SpoolMetrics::noteSources(const SpoolProcess &process)
+{
+    for (std::size_t source = 0; source < mSourceStates.size(); ++source) {
+        mSourceStates[source] = std::max(mSourceStates[source], process.sourceStates[source]);
     }
 }
 
@@ -185,6 +211,8 @@ void SpoolMetrics::store(ProfilerData *profile)
     storeFact(METRIC_NUM_CORES_PER_NODE, mLogicalCores);
     storeFact(METRIC_NUM_PHYSICAL_CORES_PER_NODE, mPhysicalCores);
     storeFact(METRIC_MEMORY_PER_NODE, mMemory);
+    storeFact(METRIC_NVIDIA_GPUS_COUNT, mHasGpus ? mGpus : StatisticsCollector());
+    storeFact(METRIC_NVIDIA_TOTAL_MEMORY, mHasGpus ? mGpuMemory : StatisticsCollector());
     storeBudget(profile);
     mSampler.store(profile);
     mPerf.store(profile);
@@ -332,6 +360,14 @@ void SpoolMetrics::endNode()
     if (mNode.memory > 0) {
         mMemory.add(static_cast<double>(mNode.memory));
     }
+    // Where others have some, a node without counts.
+    if (mNode.gpus == 0 || mNode.gpuMemory > 0) {
+        mGpuMemory.add(static_cast<double>(mNode.gpuMemory));
+    }
+    if (mNode.gpus >= 0) {
+        mGpus.add(mNode.gpus);
+    }
+    mHasGpus = mHasGpus || mNode.gpus > 0;
     ++mNodes;
     mInNode = false;
 }

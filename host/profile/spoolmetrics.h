@@ -23,6 +23,9 @@ public:
 
     void addProcess(const SpoolProcess &process, const QVector<fern::spool::Bin> &bins);
 
+    // What a reader found of the node whose process was added last.
+    void addReader(const SpoolProcess &reader, const QVector<fern::spool::Bin> &bins);
+
     // Puts all metrics into a profile, with the reasons for those that couldn't be read.
     void store(ProfilerData *profile);
 
@@ -42,6 +45,8 @@ private:
         int physicalCores = 0;
         quint64 memory = 0;
         int processes = 0;
+        int gpus = -1; // unknown
+        quint64 gpuMemory = 0;
         QVector<Figures> figures; // by row of the table of figures
         QVector<Figures> integrands; // by row of the table of integrals
     };
@@ -54,6 +59,7 @@ private:
     void addRate(Collected &metric, const Figures &figures, const SpoolProcess &process, int row) const;
     void addTotal(Collected &metric, const Figures &figures, const SpoolProcess &process) const;
     void storeBudget(ProfilerData *profile) const;
+    void noteSources(const SpoolProcess &process);
     void beginNode(const SpoolProcess &process);
     void endNode();
 
@@ -63,6 +69,9 @@ private:
     StatisticsCollector mLogicalCores;
     StatisticsCollector mPhysicalCores;
     StatisticsCollector mMemory;
+    StatisticsCollector mGpus;
+    StatisticsCollector mGpuMemory;
+    bool mHasGpus = false;
     Node mNode;
     bool mInNode = false;
     int mNodes = 0;

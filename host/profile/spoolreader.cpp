@@ -142,6 +142,8 @@ bool SpoolReader::readProcess(const QString &path, SpoolProcess *process, QStrin
     read.logicalCores = countOrZero(header.logicalCores);
     read.physicalCores = countOrZero(header.physicalCores);
     read.nodeMemory = header.nodeMemory;
+    read.gpus = countOrZero(header.gpus);
+    read.gpuMemory = header.gpuMemory;
     read.ompNumThreads = countOrZero(header.ompNumThreads);
     read.maxThreads = countOrZero(header.maxThreads);
     read.ticks = header.ticks;

@@ -26,6 +26,8 @@ struct SpoolProcess {
     int logicalCores = 0; // of the node, as the two that follow; 0 if unknown
     int physicalCores = 0;
     quint64 nodeMemory = 0; // bytes
+    int gpus = 0; // of the node, by its reader; 0 if unknown
+    quint64 gpuMemory = 0; // bytes
     int ompNumThreads = 0; // 0 if unset
     int maxThreads = 0; // most threads at a time; 0 if unknown
     quint64 ticks = 0; // times that the sampler looked

@@ -67,6 +67,19 @@ int SpoolTimeline::sampleOf(const SpoolProcess &process, int bin) const
     return static_cast<int>(std::clamp<qint64>(sample, 0, mNumSamples - 1));
 }
 
+std::pair<int, int> SpoolTimeline::samplesOf(const SpoolProcess &process, int bin) const
+{
+    const qint64 fromNs = process.firstBinNs + bin * process.intervalNs;
+    const qint64 toNs = fromNs + process.intervalNs;
+    if (toNs <= mBeginNs || fromNs >= mEndNs) {
+        return {0, -1};
+    }
+    const qint64 first = floorDivide(fromNs - mFirstBorderNs, mWidthNs);
+    const qint64 last = floorDivide(toNs - 1 - mFirstBorderNs, mWidthNs);
+    return {static_cast<int>(std::max<qint64>(first, 0)),
+        static_cast<int>(std::min<qint64>(last, mNumSamples - 1))};
+}
+
 qint64 SpoolTimeline::livedNs(const SpoolProcess &process, int sample) const
 {
     const qint64 from = std::max(process.beginNs, borderNs(sample));

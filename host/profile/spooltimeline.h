@@ -5,6 +5,8 @@
 
 #include <QVector>
 
+#include <utility>
+
 // The samples of a job, laid over the bins of its processes. The samples are as wide as the widest bins, or
 // wider by a power of two where the job would otherwise have more than there may be; their
 // borders are borders of bins, since these are counted from an epoch that the job has in common.
@@ -23,6 +25,10 @@ public:
 
     // The sample that a bin of a process belongs to.
     int sampleOf(const SpoolProcess &process, int bin) const;
+
+    // The first and the last of the samples that a bin lies in, even if in part; none, as a pair with the
+    // second before the first, if it lies outside of the job.
+    std::pair<int, int> samplesOf(const SpoolProcess &process, int bin) const;
 
     // For how long a process lived in a sample.
     qint64 livedNs(const SpoolProcess &process, int sample) const;

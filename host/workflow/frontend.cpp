@@ -12,6 +12,7 @@
 #include "workflow/exitstatus.h"
 #include "workflow/fernmaingui.h"
 #include "workflow/frontendapplicationproperties.h"
+#include "workflow/gpucheck.h"
 #include "workflow/kelpconfig.h"
 #include "workflow/mainwindow.h"
 #include "workflow/offlinesupport.h"
@@ -45,6 +46,7 @@ ExitStatus printOut(const QString &text)
 QString metricList(const FERNConfig &config)
 {
     QString text;
+    const GpuCheck gpus;
     const MetricDefinitions definitions
         = MetricDefinitions::ofSampler(PerfEvents::names(config.getPerfEvents()));
     for (const Metric &metric : definitions.getAllMetrics()) {
@@ -57,7 +59,9 @@ QString metricList(const FERNConfig &config)
         // The site's command is asked when a job runs, not here.
         const bool hasCommand
             = source.id == fern::spool::SourceSystemPower && !config.getPowerCommand().isEmpty();
-        const QString whyNot = hasCommand ? QString() : MetricReasons::onThisMachine(metric.id);
+        QString whyNot = hasCommand ? QString() : MetricReasons::onThisMachine(metric.id);
+        if (whyNot.isNull())
+            whyNot = gpus.whyNot(metric.id);
         if (!whyNot.isEmpty())
             text += QStringLiteral("    %1\n").arg(whyNot);
     }

@@ -17,6 +17,7 @@ namespace {
 const char SamplerName[] = "libfern-sampler.so";
 const char SpoolVariable[] = "QUILLON_SAMPLER_SPOOL";
 const char EpochVariable[] = "QUILLON_SAMPLER_EPOCH";
+const char GpuReaderVariable[] = "QUILLON_SAMPLER_GPU_READER";
 const char IntervalVariable[] = "QUILLON_SAMPLER_INTERVAL";
 const char EventsVariable[] = "QUILLON_SAMPLER_EVENTS";
 
@@ -51,6 +52,14 @@ QByteArray samplerPath()
     return QFile::encodeName(here.canonicalPath()) + '/' + SamplerName;
 }
 
+QByteArray gpuReaderPath()
+{
+    const QByteArray path = samplerPath();
+    const QFileInfo reader(
+        QFile::decodeName(path.left(path.lastIndexOf('/') + 1)) + QLatin1String(QUILLON_GPU_READER));
+    return reader.isExecutable() ? QFile::encodeName(reader.canonicalFilePath()) : QByteArray();
+}
+
 bool isSamplerThere(const QByteArray &sampler, QString *error)
 {
     if (::access(sampler.constData(), R_OK) == 0)
@@ -74,7 +83,7 @@ QList<QByteArray> plainEnvironment()
     QList<QByteArray> result;
     for (char **entry = environ; *entry; ++entry) {
         const QByteArray text(*entry);
-        if (!isAnyOf(text, {SpoolVariable, EpochVariable, IntervalVariable, EventsVariable}))
+        if (!isAnyOf(text, {SpoolVariable, EpochVariable, GpuReaderVariable, IntervalVariable, EventsVariable}))
             result.append(text);
     }
     return result;
@@ -88,6 +97,8 @@ QList<Variable> samplerVariables(
         preload += ':' + others;
     QList<Variable> result{{"LD_PRELOAD", preload}, {SpoolVariable, QFile::encodeName(spoolFolder)},
         {EpochVariable, QByteArray::number(realTimeNs())}};
+    if (const QByteArray reader = gpuReaderPath(); !reader.isEmpty())
+        result.append({GpuReaderVariable, reader});
     if (config.getInterval() > 0)
         result.append({IntervalVariable, QByteArray::number(config.getInterval())});
     if (!config.getPerfEvents().isEmpty())

@@ -5,6 +5,7 @@
 #include <linux/futex.h>
 #include <sched.h>
 #include <signal.h>
+#include <sys/wait.h>
 #include <time.h>
 
 namespace fern::raw {
@@ -180,6 +181,21 @@ bool startThread(void (*body)(), void *stackEnd, std::atomic<std::uint32_t> &tid
     const long result = cloneThread(body, stackEnd, Flags, tid);
     call(SYS_rt_sigprocmask, SIG_SETMASK, address(&before), 0, sizeof(before));
     return result > 0;
+}
+
+long startProcess(void (*body)(), void *stackEnd)
+{
+    // No signal for the parent: such children are for those who ask for them by name (__WCLONE).
+    constexpr long Flags = CLONE_VM | CLONE_VFORK;
+    std::atomic<std::uint32_t> unused{0};
+    return cloneThread(body, stackEnd, Flags, unused);
+}
+
+void forgetProcess(long pid)
+{
+    long result = -EINTR;
+    while (result == -EINTR)
+        result = call(SYS_wait4, pid, 0, static_cast<long>(__WCLONE));
 }
 
 } // namespace fern::raw

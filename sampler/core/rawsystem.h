@@ -92,6 +92,14 @@ void waitForKernel(std::atomic<std::uint32_t> &word, std::uint32_t value, std::u
 // `tid`, which the kernel clears when the thread is gone. Gives false if there can't be one.
 bool startThread(void (*body)(), void *stackEnd, std::atomic<std::uint32_t> &tid);
 
+// Runs `body` as a process of its own on such a stack and waits until it has become another program, or has
+// ended: until then it works in our memory, so that nothing is copied, whatever the size of this process. Its
+// descriptors are a copy of the caller's, all signals are blocked if the caller's are, and its end sends no
+// signal and isn't seen by wait(). Gives its id, or an error number.
+long startProcess(void (*body)(), void *stackEnd);
+// Takes note of the end of a process that startProcess() made; waits for it.
+void forgetProcess(long pid);
+
 } // namespace fern::raw
 
 #endif

@@ -50,6 +50,15 @@ void readEvents(const char *text)
     }
 }
 
+// Empty if the variable is unset or doesn't fit.
+template <std::size_t Size> void textFromEnvironment(char (&target)[Size], const char *name)
+{
+    const char *text = secure_getenv(name);
+    copyText(target, text != nullptr ? text : "");
+    if (text == nullptr || !equal(target, text))
+        target[0] = '\0';
+}
+
 } // namespace
 
 bool readSettings()
@@ -72,6 +81,9 @@ bool readSettings()
     const char *procfs = secure_getenv("QUILLON_SAMPLER_PROCFS");
     copyText(settings.procfs, procfs != nullptr ? procfs : "/proc");
     readEvents(secure_getenv("QUILLON_SAMPLER_EVENTS"));
+    textFromEnvironment(settings.gpuReader, "QUILLON_SAMPLER_GPU_READER");
+    textFromEnvironment(settings.nvml, "QUILLON_SAMPLER_NVML");
+    textFromEnvironment(settings.libraryPath, "LD_LIBRARY_PATH");
     settings.pageSize = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
     return true;
 }

@@ -13,6 +13,9 @@ namespace fern {
 //   QUILLON_SAMPLER_INTERVAL  width of the first bins in ms, 1 to 60000; default 20
 //   QUILLON_SAMPLER_SYSFS     where the node's sensors are, for tests; default /sys
 //   QUILLON_SAMPLER_PROCFS    where its file systems' counters are, likewise; default /proc
+//   QUILLON_SAMPLER_GPU_READER  path of the program that reads the node's GPUs; without it nothing does
+//   QUILLON_SAMPLER_NVML      the library that it takes, for tests; default: the system's
+//   LD_LIBRARY_PATH           handed on to that program
 //   OMP_NUM_THREADS           only noted
 //   QUILLON_SAMPLER_EVENTS    events to count, NAME:TYPE:CONFIG with commas between, the numbers those of
 //                             perf_event_open
@@ -26,6 +29,9 @@ struct Settings {
     char spoolFolder[4096];
     char sysfs[512];
     char procfs[512]; // of the node, not of the process
+    char gpuReader[4096]; // empty if unset, as the two that follow
+    char nvml[4096];
+    char libraryPath[4096];
     std::uint64_t epochNs;
     std::uint64_t intervalNs;
     std::int32_t ompNumThreads; // 0 if unset

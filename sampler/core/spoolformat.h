@@ -16,7 +16,7 @@
 namespace fern::spool {
 
 constexpr char Magic[8] = {'F', 'E', 'R', 'N', 'S', 'P', 'L', '\0'};
-constexpr std::uint32_t FormatVersion = 5;
+constexpr std::uint32_t FormatVersion = 6;
 
 // Bins of a run at most; when they are full, neighbours are added up and the interval doubles.
 constexpr std::uint32_t MaxBins = 1000;
@@ -88,6 +88,10 @@ enum FigureId : std::uint32_t {
     FigureSiteEventEnd = FigureSiteEvent + MaxSiteEvents,
     FigureLustreRead = FigureSiteEventEnd, // gauge, bytes a second of the whole node
     FigureLustreWritten, // gauge, likewise
+    FigureGpuUsage, // gauge, percent of the time that the node's GPUs were busy, as their mean
+    FigureGpuMemoryAccess, // gauge, percent of the time that their memory was read or written, likewise
+    FigureGpuMemoryUsed, // gauge, bytes of all GPUs of the node
+    FigureGpuPower, // gauge, milliwatts of all GPUs of the node
     FigureCount = 40 // room for those to come
 };
 
@@ -142,6 +146,10 @@ enum SourceId : std::uint32_t {
     SourceCycles,
     SourceSiteEvents,
     SourceLustre,
+    SourceGpus,
+    SourceGpuUsage,
+    SourceGpuMemory,
+    SourceGpuPower,
     SourceCount = 32 // room for those to come
 };
 
@@ -166,7 +174,8 @@ enum HeaderFlag : std::uint32_t {
     FlagMpi = 1u << 1, // MPI was initialised: mpiRank and mpiSize are set
     FlagLauncher = 1u << 2, // a launcher or shell by its name: counted only where nothing else ran
     FlagExec = 1u << 3, // the process became another program by exec, which has a spool of its own
-    FlagMpiFinalized = 1u << 4
+    FlagMpiFinalized = 1u << 4,
+    FlagReader = 1u << 5 // no process of the job: it reads figures of the node
 };
 
 struct Header {
@@ -187,8 +196,9 @@ struct Header {
     std::int32_t physicalCores; // of the node; 0 if unknown
     std::int32_t ompNumThreads; // OMP_NUM_THREADS as set in the environment; 0 if unset
     std::int32_t maxThreads; // most threads that were alive at a time
-    std::int32_t padding;
+    std::int32_t gpus; // of the node; 0 if unknown
     std::uint64_t nodeMemory; // bytes
+    std::uint64_t gpuMemory; // bytes, of all GPUs of the node; 0 if unknown
 
     // Time. The epoch is common to the job (the host hands it down), so that bins of all processes
     // have the same borders: bin i of this file covers

@@ -3,6 +3,7 @@
 #include "core/processstate.h"
 #include "core/rawsystem.h"
 #include "core/settings.h"
+#include "metrics/gpureader.h"
 
 #include <time.h>
 
@@ -36,6 +37,7 @@ void Watcher::reset(std::uint64_t startNs, std::uint64_t startMonotonicNs)
     mEarlierCpuNs = 0;
     mTicks = mTicksMissed = 0;
     mHasBegun = false;
+    mHasLookedForGpus = false;
     raw::bytesRead = 0;
 }
 
@@ -79,6 +81,11 @@ bool Watcher::look(std::uint64_t monotonicNs)
         = mPower.isOpen() ? time - mPowerNs >= PowerIntervalNs : time - mStartNs >= ShortLifeNs;
     if (areSensorsDue)
         readSensors(time);
+    if (!mHasLookedForGpus && time - mStartNs >= ShortLifeNs) {
+        mHasLookedForGpus = true;
+        if (!mSandbox.isTighter())
+            startGpuReader(mSpool);
+    }
     ++mTicks;
     updateHeader(time);
     return true;

@@ -79,6 +79,7 @@ private:
     std::uint64_t mTicks = 0;
     std::uint64_t mTicksMissed = 0;
     bool mHasBegun = false;
+    bool mHasLookedForGpus = false;
     Seen mSeen[MaxThreads] = {}; // by slot; another thread's entry means nothing, so it needn't be cleared
 };
 

@@ -163,10 +163,13 @@ class Options(SystemTest):
         self.addCleanup(tool.wait)
         self.addCleanup(tool.kill)
         variables = {}
-        while len(variables) < 3:
+        while len(variables) < 4:
             name, value = tool.stdout.readline().decode().strip().removeprefix("export ").split("=", 1)
             variables[name] = value
-        self.assertEqual(set(variables), {"LD_PRELOAD", "QUILLON_SAMPLER_SPOOL", "QUILLON_SAMPLER_EPOCH"})
+        self.assertEqual(
+            set(variables),
+            {"LD_PRELOAD", "QUILLON_SAMPLER_SPOOL", "QUILLON_SAMPLER_EPOCH", "QUILLON_SAMPLER_GPU_READER"},
+        )
         self.assertExit(self.run_program(CLIENT, "spin", "0.4", **variables), 0)
         _, messages = tool.communicate(b"\n", timeout=60)
         self.assertEqual(tool.returncode, 0, messages)

@@ -149,7 +149,8 @@ TEST(MetricDefinitions, SamplerDeliversWhatItsSpoolsHold)
 {
     const MetricDefinitions delivered = MetricDefinitions::ofSampler();
     EXPECT_NE(delivered.getMetricById(METRIC_RSS), nullptr);
-    EXPECT_EQ(delivered.getMetricById(METRIC_NVIDIA_POWER), nullptr);
+    EXPECT_NE(delivered.getMetricById(METRIC_NVIDIA_POWER), nullptr);
+    EXPECT_EQ(delivered.getMetricById(METRIC_BUDGETED_POWER), nullptr);
 }
 
 TEST(MetricDefinitions, MetricThatNobodyKnowsIsNamedAfterItsId)

@@ -313,7 +313,7 @@ TEST(SpoolMetrics, PowerIsThereWithItsReasonAndTheBudgetIsNot)
     EXPECT_TRUE(profile.getFirstMetricError(METRIC_RAPL_POWER).startsWith("Not "));
     EXPECT_TRUE(profile.getFirstMetricError(METRIC_SYSTEM_POWER).startsWith("Not "));
     EXPECT_FALSE(profile.hasMetric(METRIC_BUDGETED_POWER));
-    EXPECT_FALSE(profile.hasMetric(METRIC_NVIDIA_GPUS_COUNT));
+    EXPECT_TRUE(profile.getFirstMetricError(METRIC_NVIDIA_GPUS_COUNT).startsWith("Not "));
 }
 
 TEST(SpoolMetrics, EveryMetricThatTheSamplerDeliversIsInTheProfile)
