@@ -6,6 +6,7 @@
 using fern::spool::Bin;
 using fern::spool::CodeBlock;
 using fern::spool::CodeBlockSize;
+using fern::spool::Figure;
 using fern::spool::ProgramCounter;
 
 namespace {
@@ -119,31 +120,35 @@ InstructionMix::Shares InstructionMix::window(quint64 address)
     return shares;
 }
 
+void InstructionMix::Sum::fill(Figure *figures) const
+{
+    if (count == 0)
+        return;
+    for (const Row &row : Rows) {
+        const double percents = 100.0 * share(shares, row);
+        const double mean = percents / double(count);
+        figures[row.figure] = {percents, mean, mean, count};
+    }
+}
+
+void InstructionMix::add(quint64 address, quint32 category, Sum *sum)
+{
+    const Shares shares = isComputing(category) ? window(address) : Shares();
+    if (isComputing(category) && isEmpty(shares))
+        return;
+    for (std::size_t kind = 0; kind < shares.size(); ++kind)
+        sum->shares[kind] += shares[kind];
+    ++sum->count;
+}
+
 void InstructionMix::addTo(const SpoolProcess &process, QVector<Bin> *bins)
 {
-    struct Sum {
-        Shares shares = {};
-        quint64 count = 0;
-    };
     QVector<Sum> sums(bins->size());
     for (const ProgramCounter &counter : mCounters) {
-        const Shares shares = isComputing(counter.category) ? window(counter.address) : Shares();
-        if (isComputing(counter.category) && isEmpty(shares))
-            continue;
         const qint64 ns = process.startNs + counter.timeMs * NsPerMs - process.firstBinNs;
         const qint64 bin = std::clamp<qint64>(ns / process.intervalNs, 0, bins->size() - 1);
-        for (std::size_t kind = 0; kind < shares.size(); ++kind)
-            sums[int(bin)].shares[kind] += shares[kind];
-        ++sums[int(bin)].count;
+        add(counter.address, counter.category, &sums[int(bin)]);
     }
-    for (int bin = 0; bin < sums.size(); ++bin) {
-        const Sum &sum = sums[bin];
-        if (sum.count == 0)
-            continue;
-        for (const Row &row : Rows) {
-            const double percents = 100.0 * share(sum.shares, row);
-            const double mean = percents / double(sum.count);
-            (*bins)[bin].figures[row.figure] = {percents, mean, mean, sum.count};
-        }
-    }
+    for (int bin = 0; bin < sums.size(); ++bin)
+        sums[bin].fill((*bins)[bin].figures);
 }

@@ -28,6 +28,17 @@ public:
     // The instructions from an address on.
     Shares window(quint64 address);
 
+    // Program counters added up.
+    struct Sum {
+        Shares shares = {};
+        quint64 count = 0;
+
+        // In percent of the program counters; nothing where there are none.
+        void fill(fern::spool::Figure *figures) const;
+    };
+    // Adds a program counter of a thread that was doing `category`.
+    void add(quint64 address, quint32 category, Sum *sum);
+
     // Fills the figures of instructions in a process's bins, in percent of the program counters that fell
     // into them. What a thread did inside of calls of MPI, of file I/O and the like counts as instructions
     // of no kind: reports split that time up in other ways.

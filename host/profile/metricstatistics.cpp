@@ -8,16 +8,39 @@ void StatisticsCollector::add(double mean, double minimum, double maximum)
     mMaximum = mCount == 0 || maximum > mMaximum ? maximum : mMaximum;
     ++mCount;
 
-    const double sum = mSum + mean;
-    if (std::isfinite(sum)) {
-        const bool sumIsLarger = std::fabs(mSum) >= std::fabs(mean);
-        mSumCompensation += sumIsLarger ? (mSum - sum) + mean : (mean - sum) + mSum;
-    }
-    mSum = sum;
-
+    addToSum(mean);
     const double deviation = mean - mRunningMean;
     mRunningMean += deviation / static_cast<double>(mCount);
     mSquaredDeviations += deviation * (mean - mRunningMean);
+}
+
+void StatisticsCollector::join(
+    qint64 count, double minimum, double maximum, double mean, double squaredDeviations)
+{
+    if (count <= 0) {
+        return;
+    }
+    mMinimum = mCount == 0 || minimum < mMinimum ? minimum : mMinimum;
+    mMaximum = mCount == 0 || maximum > mMaximum ? maximum : mMaximum;
+    addToSum(mean * static_cast<double>(count));
+
+    // Chan, Golub and LeVeque's.
+    const auto own = static_cast<double>(mCount);
+    const auto others = static_cast<double>(count);
+    const double deviation = mean - mRunningMean;
+    mRunningMean += deviation * others / (own + others);
+    mSquaredDeviations += squaredDeviations + deviation * deviation * own * others / (own + others);
+    mCount += count;
+}
+
+void StatisticsCollector::addToSum(double value)
+{
+    const double sum = mSum + value;
+    if (std::isfinite(sum)) {
+        const bool sumIsLarger = std::fabs(mSum) >= std::fabs(value);
+        mSumCompensation += sumIsLarger ? (mSum - sum) + value : (value - sum) + mSum;
+    }
+    mSum = sum;
 }
 
 MetricStatistics StatisticsCollector::statistics() const

@@ -29,9 +29,15 @@ public:
     // Adds a reading that is itself a mean over time, with the least and the greatest value seen.
     void add(double mean, double minimum, double maximum);
 
+    // Adds readings that were summed up elsewhere: how many, their bounds and mean, and the sum of the
+    // squares of their deviations from it.
+    void join(qint64 count, double minimum, double maximum, double mean, double squaredDeviations);
+
     MetricStatistics statistics() const;
 
 private:
+    void addToSum(double value);
+
     qint64 mCount = 0;
     double mMinimum = 0.0;
     double mMaximum = 0.0;

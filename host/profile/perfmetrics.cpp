@@ -30,13 +30,21 @@ PerfMetrics::PerfMetrics(const SpoolTimeline &timeline)
 void PerfMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &bins)
 {
     using namespace fern::spool;
-    mCyclesPerInstruction.state = std::max(mCyclesPerInstruction.state, process.sourceStates[SourceCycles]);
+    noteStates(process);
     addRatio(counts(process, bins, FigureCycles), counts(process, bins, FigureInstructions));
     for (int i = 0; i < process.siteEvents.size(); ++i) {
-        Collected &event = mEvents[process.siteEvents[i].name];
+        addRate(mEvents[process.siteEvents[i].name], counts(process, bins, FigureSiteEvent + i), process);
+    }
+}
+
+void PerfMetrics::noteStates(const SpoolProcess &process)
+{
+    const quint32 ofCycles = process.sourceStates[fern::spool::SourceCycles];
+    mCyclesPerInstruction.state = std::max(mCyclesPerInstruction.state, ofCycles);
+    for (const CountedEvent &counted : process.siteEvents) {
+        Collected &event = mEvents[counted.name];
         event.series.resize(mTimeline.numSamples());
-        event.state = std::max(event.state, process.siteEvents[i].state);
-        addRate(event, counts(process, bins, FigureSiteEvent + i), process);
+        event.state = std::max(event.state, counted.state);
     }
 }
 

@@ -9,6 +9,7 @@
 #include <QString>
 #include <QVector>
 
+class MergedSpool;
 class ProfilerData;
 
 // Makes metrics of what the processor counted: cycles per instruction, and the rates of the events that the
@@ -19,6 +20,9 @@ public:
 
     void addProcess(const SpoolProcess &process, const QVector<fern::spool::Bin> &bins);
 
+    // Those of ranks that merged their profiles.
+    void addMerged(const MergedSpool &merged);
+
     // Puts the metrics into a profile, with the reasons for those that couldn't be counted.
     void store(ProfilerData *profile) const;
 
@@ -28,6 +32,7 @@ private:
         QVector<StatisticsCollector> series;
         quint32 state = fern::spool::SourceUnknown; // the greatest of any process
     };
+    void noteStates(const SpoolProcess &process);
     // What a process counted, by sample; empty if it counted nothing.
     QVector<double> counts(
         const SpoolProcess &process, const QVector<fern::spool::Bin> &bins, int figure) const;

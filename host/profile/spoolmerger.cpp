@@ -2,6 +2,7 @@
 
 #include "profile/instructionmix.h"
 #include "profile/jobchoice.h"
+#include "profile/mergedspool.h"
 #include "profile/profilerdata.h"
 #include "profile/spoolmetrics.h"
 #include "profile/spoolreader.h"
@@ -9,6 +10,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QHash>
 #include <QMultiHash>
 #include <QSet>
 
@@ -34,6 +36,15 @@ public:
     void skipped(const QString &path, const QString &reason)
     {
         add(tr("skipped '%1': %2").arg(QFileInfo(path).fileName(), reason));
+    }
+    void ofProcess(const SpoolProcess &process)
+    {
+        if (process.threadsMissed > 0) {
+            threadsMissed(process);
+        }
+        if (process.rivalNames > 0) {
+            rival(process);
+        }
     }
     void threadsMissed(const SpoolProcess &process)
     {
@@ -82,20 +93,50 @@ private:
     QStringList *mWarnings;
 };
 
-QVector<SpoolProcess> readProcesses(const QString &folder, Remarks &remarks)
+// What a job left behind. The profiles that its ranks have merged are found by their paths.
+struct Left {
+    QVector<SpoolProcess> processes; // those that stand for merged ones included
+    QHash<QString, MergedSpool> merged;
+};
+
+// Whether a merged profile of the process's job holds all that is worth knowing of it.
+bool isMerged(const SpoolProcess &process, const QSet<quint64> &worlds)
 {
+    return process.world != 0 && worlds.contains(process.world)
+        && (!process.is(fern::spool::FlagMerged)
+            || process.endNs - process.beginNs < qint64(fern::spool::ShortTailNs));
+}
+
+Left readFolder(const QString &folder, Remarks &remarks)
+{
+    Left left;
+    QSet<quint64> worlds;
     QVector<SpoolProcess> processes;
     const QFileInfoList files = QDir(folder).entryInfoList(QDir::Files | QDir::Hidden, QDir::Name);
     for (const QFileInfo &file : files) {
         SpoolProcess process;
         QString reason;
-        if (SpoolReader::readProcess(file.filePath(), &process, &reason)) {
+        if (file.suffix() == QLatin1String("merged")) {
+            MergedSpool merged;
+            if (merged.read(file.filePath(), &reason)) {
+                left.processes.append(merged.whole());
+                left.merged.insert(file.filePath(), merged);
+                worlds.insert(merged.whole().world);
+            } else {
+                remarks.skipped(file.filePath(), reason);
+            }
+        } else if (SpoolReader::readProcess(file.filePath(), &process, &reason)) {
             processes.append(process);
         } else {
             remarks.skipped(file.filePath(), reason);
         }
     }
-    return processes;
+    for (const SpoolProcess &process : processes) {
+        if (!isMerged(process, worlds)) {
+            left.processes.append(process);
+        }
+    }
+    return left;
 }
 
 // Those that aren't processes of the job but read figures of a node, by the node's name.
@@ -158,6 +199,23 @@ HitCounts hitsOf(const Bin &bin)
     return hits;
 }
 
+void addHits(const MergedSpool &merged, const SpoolTimeline &timeline, QVector<HitCounts> *hits)
+{
+    qint64 HitCounts::Of::*const kinds[fern::merged::HitKinds]
+        = {&HitCounts::Of::main, &HitCounts::Of::mainActive, &HitCounts::Of::other,
+            &HitCounts::Of::otherActive, &HitCounts::Of::mainAlone};
+    const fern::merged::View view = merged.view();
+    const SpoolProcess whole = merged.whole();
+    for (quint32 kind = 0; kind < fern::merged::HitKinds; ++kind) {
+        for (quint32 category = 0; category < quint32(Category::Count); ++category) {
+            const std::uint64_t *column = view.hits(kind, category);
+            for (int i = 0; column && i < whole.binCount; ++i) {
+                (*hits)[timeline.sampleOf(whole, i)].of[category].*kinds[kind] += qint64(column[i]);
+            }
+        }
+    }
+}
+
 // "0-3,7" of 0, 1, 2, 3 and 7.
 QString rangesOf(const std::set<int> &numbers)
 {
@@ -179,7 +237,9 @@ QString profiledRanks(const QVector<SpoolProcess> &job, bool isSelection, Remark
     int size = 0;
     for (const SpoolProcess &process : job) {
         if (process.is(fern::spool::FlagMpi)) {
-            ranks.insert(process.mpiRank);
+            for (int rank = process.mpiRank; rank < process.mpiRank + std::max(process.ranks, 1); ++rank) {
+                ranks.insert(rank);
+            }
             size = std::max(size, process.mpiSize);
         }
     }
@@ -193,14 +253,17 @@ QString profiledRanks(const QVector<SpoolProcess> &job, bool isSelection, Remark
 }
 
 // Processes can be given different values; those that have none are left out unless none has any.
-QString ompNumThreads(const QVector<SpoolProcess> &job)
+QString ompNumThreads(const QVector<SpoolProcess> &job, const QVector<MergedSpool> &merged)
 {
     std::set<int> counts;
     for (const SpoolProcess &process : job) {
-        if (process.ompNumThreads > 0) {
-            counts.insert(process.ompNumThreads);
-        }
+        counts.insert(process.ompNumThreads);
     }
+    for (const MergedSpool &spool : merged) {
+        const fern::merged::View view = spool.view();
+        counts.insert({view.header().leastOmpThreads, view.header().mostOmpThreads});
+    }
+    counts.erase(counts.begin(), counts.upper_bound(0));
     if (counts.empty()) {
         return QStringLiteral("unset");
     }
@@ -209,25 +272,56 @@ QString ompNumThreads(const QVector<SpoolProcess> &job)
     return least == most ? QString::number(least) : QStringLiteral("%1-%2").arg(least).arg(most);
 }
 
-ProfileFacts factsOf(
-    const QVector<SpoolProcess> &job, const SpoolTimeline &timeline, bool isSelection, Remarks &remarks)
+// What a merged profile doesn't say of its nodes' names is known to be other nodes.
+int countNodes(const QVector<SpoolProcess> &job, const QVector<MergedSpool> &merged)
+{
+    QSet<QString> hostnames;
+    int unnamed = 0;
+    for (const MergedSpool &spool : merged) {
+        QSet<QString> ofThis;
+        for (const SpoolProcess &process : spool.processes()) {
+            ofThis.insert(process.hostname);
+        }
+        const fern::merged::View view = spool.view();
+        unnamed += std::max(view.header().nodes - int(ofThis.size()), 0);
+        hostnames.unite(ofThis);
+    }
+    for (const SpoolProcess &process : job) {
+        hostnames.insert(process.hostname);
+    }
+    return int(hostnames.size()) + unnamed;
+}
+
+// A rank's spool of what came behind the merging stands beside the merged profile: it is counted there.
+int countProcesses(const QVector<SpoolProcess> &job, const QVector<MergedSpool> &merged)
+{
+    QSet<quint64> worlds;
+    for (const MergedSpool &spool : merged) {
+        worlds.insert(spool.whole().world);
+    }
+    int count = 0;
+    for (const SpoolProcess &process : job) {
+        const bool isCounted = process.ranks == 0 && process.world != 0 && worlds.contains(process.world);
+        count += isCounted ? 0 : std::max(process.ranks, 1);
+    }
+    return count;
+}
+
+ProfileFacts factsOf(const QVector<SpoolProcess> &job, const QVector<MergedSpool> &merged,
+    const SpoolTimeline &timeline, bool isSelection, Remarks &remarks)
 {
     const auto earlier = [](const SpoolProcess &a, const SpoolProcess &b) {
         return std::tie(a.mpiRank, a.beginNs, a.pid) < std::tie(b.mpiRank, b.beginNs, b.pid);
     };
     const SpoolProcess &first = *std::min_element(job.begin(), job.end(), earlier);
-    QSet<QString> hostnames;
-    for (const SpoolProcess &process : job) {
-        hostnames.insert(process.hostname);
-    }
     ProfileFacts facts;
     facts.target = first.executable;
     facts.hostname = first.hostname;
     facts.startTime = QDateTime::fromMSecsSinceEpoch(timeline.beginNs() / 1000000);
-    facts.processes = job.size();
-    facts.nodes = hostnames.size();
+    facts.processes = countProcesses(job, merged);
+    facts.nodes = countNodes(job, merged);
     facts.profiledRanks = profiledRanks(job, isSelection, remarks);
-    facts.ompNumThreads = ompNumThreads(job);
+    facts.ompNumThreads = ompNumThreads(job, merged);
     return facts;
 }
 
@@ -237,9 +331,9 @@ bool mergeSpools(
     const QString &folder, ProfilerData *profile, QStringList *remarkTexts, const MergeOptions &options)
 {
     Remarks remarks(remarkTexts, options.warnings);
-    QVector<SpoolProcess> processes = readProcesses(folder, remarks);
-    const QMultiHash<QString, SpoolProcess> readers = takeReaders(&processes);
-    const JobChoice choice = chooseJob(processes);
+    Left left = readFolder(folder, remarks);
+    const QMultiHash<QString, SpoolProcess> readers = takeReaders(&left.processes);
+    const JobChoice choice = chooseJob(left.processes);
     remarks.leftOut(choice.leftOut);
     QVector<SpoolProcess> job = selectRanks(choice.job, options.isSelected, remarks);
     // Node by node, for SpoolMetrics; the rest of the order makes the result the same every time.
@@ -253,7 +347,8 @@ bool mergeSpools(
     const SpoolTimeline timeline(job, options.maxSamples);
     SpoolMetrics metrics(timeline);
     QVector<HitCounts> hits(timeline.numSamples());
-    QVector<SpoolProcess> merged;
+    QVector<SpoolProcess> used;
+    QVector<MergedSpool> merged;
     QSet<QString> knownNodes;
     for (int i = 0; i < job.size(); ++i) {
         const SpoolProcess &process = job[i];
@@ -261,6 +356,21 @@ bool mergeSpools(
         QString reason;
         if (options.progress) {
             options.progress(i, job.size());
+        }
+        if (process.ranks > 0) {
+            merged.append(left.merged.value(process.path));
+            addHits(merged.last(), timeline, &hits);
+            metrics.addMerged(merged.last());
+            for (const QString &hostname : readers.uniqueKeys()) {
+                metrics.beginReaders(hostname);
+                addReaders(readers, hostname, &knownNodes, &metrics);
+                metrics.endReaders();
+            }
+            for (const SpoolProcess &rank : merged.last().processes()) {
+                remarks.ofProcess(rank);
+            }
+            used.append(process);
+            continue;
         }
         if (!SpoolReader::readBins(process, &bins, &reason)) {
             remarks.skipped(process.path, reason);
@@ -276,19 +386,14 @@ bool mergeSpools(
             hits[timeline.sampleOf(process, bin)] += hitsOf(bins[bin]);
         }
         metrics.addProcess(process, bins);
-        if (process.threadsMissed > 0) {
-            remarks.threadsMissed(process);
-        }
-        if (process.rivalNames > 0) {
-            remarks.rival(process);
-        }
-        merged.append(process);
+        remarks.ofProcess(process);
+        used.append(process);
         addReaders(readers, process.hostname, &knownNodes, &metrics);
     }
-    if (merged.isEmpty()) {
+    if (used.isEmpty()) {
         return false;
     }
-    profile->setFacts(factsOf(merged, timeline, bool(options.isSelected), remarks));
+    profile->setFacts(factsOf(used, merged, timeline, bool(options.isSelected), remarks));
     profile->setSamples(hits, timeline.timesMs());
     metrics.store(profile);
     return true;

@@ -67,20 +67,6 @@ bool isSound(const Figure &figure)
     return std::isfinite(figure.sum) && std::isfinite(figure.minimum) && std::isfinite(figure.maximum);
 }
 
-// As spools add bins up; a figure that a damaged spool holds is passed over.
-void addTo(Figure &total, const Figure &figure)
-{
-    if (!isSound(figure)) {
-        return;
-    }
-    if (wasRead(figure)) {
-        total.minimum = total.count == 0 ? figure.minimum : std::min(total.minimum, figure.minimum);
-        total.maximum = total.count == 0 ? figure.maximum : std::max(total.maximum, figure.maximum);
-        total.count += figure.count;
-    }
-    total.sum += figure.sum;
-}
-
 void collect(StatisticsCollector &collector, const Figure &gauge)
 {
     if (wasRead(gauge)) {
@@ -131,6 +117,40 @@ SpoolMetrics::SpoolMetrics(const SpoolTimeline &timeline)
     }
 }
 
+int SpoolMetrics::figureOf(int row)
+{
+    return rows()[row].figure;
+}
+
+int SpoolMetrics::figureOfIntegral(int integral)
+{
+    return integrals()[integral].figure;
+}
+
+bool SpoolMetrics::isTotal(int row)
+{
+    return rows()[row].metric.kind == Metric::Total;
+}
+
+bool SpoolMetrics::isInstructions(int row)
+{
+    return rows()[row].source == fern::spool::SourceProgramCounters;
+}
+
+// As spools add bins up; a figure that a damaged spool holds is passed over.
+void SpoolMetrics::add(Figure *total, const Figure &figure)
+{
+    if (!isSound(figure)) {
+        return;
+    }
+    if (wasRead(figure)) {
+        total->minimum = total->count == 0 ? figure.minimum : std::min(total->minimum, figure.minimum);
+        total->maximum = total->count == 0 ? figure.maximum : std::max(total->maximum, figure.maximum);
+        total->count += figure.count;
+    }
+    total->sum += figure.sum;
+}
+
 void SpoolMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &bins)
 {
     if (!mInNode || mNode.hostname != process.hostname) {
@@ -147,10 +167,8 @@ void SpoolMetrics::addProcess(const SpoolProcess &process, const QVector<Bin> &b
     for (int row = 0; row < integrals().size(); ++row) {
         addToNode(mNode.integrands[row], figuresOf(process, bins, integrals()[row].figure));
     }
-    mSampler.addProcess(process);
     mPerf.addProcess(process, bins);
-    mTicks += process.ticks;
-    noteSources(process);
+    noteProcess(process);
 
     for (int row = 0; row < rows().size(); ++row) {
         const Metric &definition = rows()[row].metric;
@@ -179,12 +197,34 @@ void SpoolMetrics::addReader(const SpoolProcess &reader, const QVector<Bin> &bin
         for (int row = 0; row < rows().size() && first <= last; ++row) {
             const Figure &figure = bins[bin].figures[rows()[row].figure];
             Figures &ofNode = mNode.figures[row];
-            addTo(ofNode.total, figure);
+            add(&ofNode.total, figure);
             for (int sample = first; sample <= last; ++sample) {
-                addTo(ofNode.bySample[sample], figure);
+                add(&ofNode.bySample[sample], figure);
             }
         }
     }
+}
+
+// What counts for each process, however its figures came.
+void SpoolMetrics::noteProcess(const SpoolProcess &process)
+{
+    mSampler.addProcess(process);
+    mTicks += process.ticks;
+    noteSources(process);
+}
+
+void SpoolMetrics::beginReaders(const QString &hostname)
+{
+    endNode();
+    SpoolProcess node;
+    node.hostname = hostname;
+    beginNode(node);
+}
+
+void SpoolMetrics::endReaders()
+{
+    --mNodes; // it was counted with its ranks
+    endNode();
 }
 
 void SpoolMetrics::noteSources(const SpoolProcess &process)
@@ -250,8 +290,8 @@ SpoolMetrics::Figures SpoolMetrics::figuresOf(
     Figures figures;
     figures.bySample.fill(Figure{}, mTimeline.numSamples());
     for (int bin = 0; bin < bins.size(); ++bin) {
-        addTo(figures.bySample[mTimeline.sampleOf(process, bin)], bins[bin].figures[figure]);
-        addTo(figures.total, bins[bin].figures[figure]);
+        add(&figures.bySample[mTimeline.sampleOf(process, bin)], bins[bin].figures[figure]);
+        add(&figures.total, bins[bin].figures[figure]);
     }
     return figures;
 }
@@ -259,9 +299,9 @@ SpoolMetrics::Figures SpoolMetrics::figuresOf(
 void SpoolMetrics::addToNode(Figures &node, const Figures &process)
 {
     for (int sample = 0; sample < node.bySample.size(); ++sample) {
-        addTo(node.bySample[sample], process.bySample[sample]);
+        add(&node.bySample[sample], process.bySample[sample]);
     }
-    addTo(node.total, process.total);
+    add(&node.total, process.total);
 }
 
 void SpoolMetrics::addGauge(Collected &metric, const Figures &figures) const

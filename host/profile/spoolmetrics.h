@@ -6,12 +6,14 @@
 #include "profile/samplermetrics.h"
 #include "profile/spoolreader.h"
 #include "profile/spooltimeline.h"
+#include "sampler/core/mergedformat.h"
 
 #include <QString>
 #include <QVector>
 
 #include <array>
 
+class MergedSpool;
 class ProfilerData;
 
 // Makes the metrics of a job from the figures in its spools, one process at a time. The processes of a node
@@ -22,6 +24,11 @@ public:
     explicit SpoolMetrics(const SpoolTimeline &timeline);
 
     void addProcess(const SpoolProcess &process, const QVector<fern::spool::Bin> &bins);
+    // Around the readers of a node whose ranks have merged their profiles.
+    void beginReaders(const QString &hostname);
+    void endReaders();
+    // The ranks of a job that merged their profiles; between nodes.
+    void addMerged(const MergedSpool &merged);
 
     // What a reader found of the node whose process was added last.
     void addReader(const SpoolProcess &reader, const QVector<fern::spool::Bin> &bins);
@@ -51,6 +58,13 @@ private:
         QVector<Figures> integrands; // by row of the table of integrals
     };
 
+    static int figureOf(int row);
+    static int figureOfIntegral(int integral);
+    static bool isTotal(int row);
+    static bool isInstructions(int row);
+    static void add(fern::spool::Figure *total, const fern::spool::Figure &figure);
+    void noteProcess(const SpoolProcess &process);
+    void addMergedInstructions(const MergedSpool &merged);
     Figures figuresOf(const SpoolProcess &process, const QVector<fern::spool::Bin> &bins, int figure) const;
     QString whyNot(const QString &metric) const;
     void addIntegral(Collected &integral, const Figures &perSecond, int processes) const;

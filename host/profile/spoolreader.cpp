@@ -129,10 +129,20 @@ bool SpoolReader::readProcess(const QString &path, SpoolProcess *process, QStrin
     qint64 fileSize = 0;
     SpoolProcess read;
     if (!readHeader(path, &header, &fileSize, reason) || !checkFormat(header, fileSize, reason)
-        || !readTimes(header, &read, reason)) {
+        || !fromHeader(header, &read, reason)) {
         return false;
     }
     read.path = path;
+    *process = read;
+    return true;
+}
+
+bool SpoolReader::fromHeader(const Header &header, SpoolProcess *process, QString *reason)
+{
+    SpoolProcess read;
+    if (!readTimes(header, &read, reason)) {
+        return false;
+    }
     read.flags = header.flags;
     read.pid = header.pid;
     if (read.is(fern::spool::FlagMpi)) {
@@ -154,6 +164,7 @@ bool SpoolReader::readProcess(const QString &path, SpoolProcess *process, QStrin
     read.cpuNs = header.processCpuNs;
     read.rivalNames = header.rivalNames;
     read.rival = QFile::decodeName(text(header.rival));
+    read.world = header.world;
     read.codeBlockCount = int(header.codeBlockCount);
     read.programCounterCount = int(header.programCounterCount);
     read.programCountersLost = header.programCountersLost;

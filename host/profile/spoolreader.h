@@ -40,6 +40,8 @@ struct SpoolProcess {
     QString rival;
     QString hostname;
     QString executable; // path
+    quint64 world = 0; // number of the job whose ranks merge their profiles; 0 if they don't
+    int ranks = 0; // that it stands for, where it is their merged profile; 0 for a process
 
     std::array<quint32, fern::spool::SourceCount> sourceStates = {}; // fern::spool::SourceState by SourceId
     int codeBlockCount = 0;
@@ -71,6 +73,9 @@ namespace SpoolReader {
 // Reads what is known of a process. False, with the reason in `reason`, if the file can't be read, isn't a
 // spool of this version, or contradicts itself.
 BRIVANE_HOST_EXPORT bool readProcess(const QString &path, SpoolProcess *process, QString *reason);
+
+// What a spool's header says of its process; likewise.
+bool fromHeader(const fern::spool::Header &header, SpoolProcess *process, QString *reason);
 
 // Reads the bins of a process that readProcess() gave. A spool that has shrunk or changed in between is a
 // failure, too.

@@ -217,7 +217,7 @@ int FERNWorkflow::waitForJob(const QString &workFolder, const QString &spoolFold
            "it "
            "has ended"));
     const QByteArray sampler = preloadablePath(samplerPath(), workFolder);
-    return waitForManualJob(samplerVariables(sampler, spoolFolder, mConfig.fernConfig()));
+    return waitForManualJob(samplerVariables(sampler, spoolFolder, mConfig));
 }
 
 // Makes the job's profile from what its processes left behind.

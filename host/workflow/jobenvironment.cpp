@@ -1,5 +1,6 @@
 #include "workflow/jobenvironment.h"
 
+#include "profile/profilerdata.h"
 #include "workflow/kelpconfig.h"
 
 #include <QCoreApplication>
@@ -20,6 +21,8 @@ const char EpochVariable[] = "QUILLON_SAMPLER_EPOCH";
 const char GpuReaderVariable[] = "QUILLON_SAMPLER_GPU_READER";
 const char IntervalVariable[] = "QUILLON_SAMPLER_INTERVAL";
 const char EventsVariable[] = "QUILLON_SAMPLER_EVENTS";
+const char MergeVariable[] = "QUILLON_SAMPLER_MERGE";
+const char PatienceVariable[] = "QUILLON_SAMPLER_PATIENCE"; // in ms
 
 qint64 realTimeNs()
 {
@@ -36,6 +39,16 @@ bool isAnyOf(const QByteArray &entry, std::initializer_list<const char *> names)
 {
     for (const char *name : names) {
         if (entry.startsWith(QByteArray(name) + '='))
+            return true;
+    }
+    return false;
+}
+
+// The ways of launchers to give ranks different programs.
+bool hasSeveralPrograms(const QList<QByteArray> &command)
+{
+    for (const char *word : {":", "--app", "-configfile", "--configfile", "--multi-prog"}) {
+        if (command.contains(word))
             return true;
     }
     return false;
@@ -83,15 +96,18 @@ QList<QByteArray> plainEnvironment()
     QList<QByteArray> result;
     for (char **entry = environ; *entry; ++entry) {
         const QByteArray text(*entry);
-        if (!isAnyOf(text, {SpoolVariable, EpochVariable, GpuReaderVariable, IntervalVariable, EventsVariable}))
+        if (!isAnyOf(text,
+                {SpoolVariable, EpochVariable, GpuReaderVariable, IntervalVariable, EventsVariable,
+                    MergeVariable, PatienceVariable}))
             result.append(text);
     }
     return result;
 }
 
 QList<Variable> samplerVariables(
-    const QByteArray &sampler, const QString &spoolFolder, const FERNConfig &config)
+    const QByteArray &sampler, const QString &spoolFolder, const KELPConfig &launch)
 {
+    const FERNConfig &config = launch.fernConfig();
     QByteArray preload = sampler;
     if (const QByteArray others = qgetenv("LD_PRELOAD"); !others.isEmpty())
         preload += ':' + others;
@@ -103,5 +119,11 @@ QList<Variable> samplerVariables(
         result.append({IntervalVariable, QByteArray::number(config.getInterval())});
     if (!config.getPerfEvents().isEmpty())
         result.append({EventsVariable, PerfEvents::forSampler(config.getPerfEvents())});
+    if (config.getSelectedRanks().isEmpty()) {
+        const int samples = config.getSamples() > 0 ? config.getSamples() : ProfilerData::MaxSamples;
+        result.append({MergeVariable, QByteArray::number(samples)});
+        if (hasSeveralPrograms(launch.getCommand()))
+            result.append({PatienceVariable, QByteArray("10000")});
+    }
     return result;
 }

@@ -7,7 +7,7 @@
 #include <QList>
 #include <QString>
 
-class FERNConfig;
+class KELPConfig;
 
 // Where the sampler lies: beside the library or program that holds this code.
 QByteArray samplerPath();
@@ -26,10 +26,13 @@ QByteArray preloadablePath(const QByteArray &sampler, const QString &workFolder)
 QList<QByteArray> plainEnvironment();
 
 // What the sampler needs in the environment of the job: itself in front of what is preloaded already, the
-// folder for the spools, the point in time, now, that all processes of the job count from, the program that
-// reads GPUs if there is one, and what the configuration says of the interval between the first samples and of
-// events.
+// folder for the spools, the point in time, now, that all processes of the job count from, the
+// program that reads GPUs if there is one, the interval
+// between the first samples and the events if some are configured, and how many samples the ranks of an MPI
+// job merge their profiles to. Where ranks are selected they don't: then each has to be read for itself.
+// Where the ranks of `command` run several programs, they don't wait long for each other: one of these may be
+// static.
 QList<Variable> samplerVariables(
-    const QByteArray &sampler, const QString &spoolFolder, const FERNConfig &config);
+    const QByteArray &sampler, const QString &spoolFolder, const KELPConfig &config);
 
 #endif

@@ -128,7 +128,7 @@ bool JobLauncher::run(const QString &workFolder, const QString &spoolFolder, int
 {
     const QByteArray sampler = preloadablePath(mSampler, workFolder);
     const Launch launch = withVariables({mConfig.getCommand(), plainEnvironment()}, mForwarding,
-        samplerVariables(sampler, spoolFolder, mConfig.fernConfig()));
+        samplerVariables(sampler, spoolFolder, mConfig));
 
     SignalForwarding signals;
     pid_t pid = 0;

@@ -3,6 +3,7 @@
 #include "core/descriptors.h"
 #include "core/processstate.h"
 #include "core/rawsystem.h"
+#include "core/settings.h"
 #include "core/watcher.h"
 
 #include <fcntl.h>
@@ -49,6 +50,7 @@ std::atomic<std::uint32_t> threadId{0}; // cleared by the kernel at the sampling
 std::atomic<std::int32_t> watchedProcess{0}; // 0: nothing is sampled
 std::atomic<bool> isBusy{false}; // someone starts or stops the sampling thread
 bool isForkedChild = false;
+std::uint64_t tailNs = 0; // when the tail began; 0 if it has not
 
 // Closes every descriptor in a table of the calling thread's own. The program's pipes must reach their
 // end and its own close_range() must not hit us.
@@ -171,8 +173,9 @@ bool stopThread(Order why)
 
 void watchThisProcess()
 {
+    tailNs = 0;
     processState.flags.store(0, std::memory_order_relaxed);
-    watcher.reset(raw::clockNs(CLOCK_REALTIME), raw::clockNs(CLOCK_MONOTONIC));
+    watcher.reset(raw::clockNs(CLOCK_REALTIME) - settings.clockBehindNs, raw::clockNs(CLOCK_MONOTONIC));
     watchedProcess.store(raw::getpid(), std::memory_order_relaxed);
     isBusy.store(false, std::memory_order_relaxed);
     threadId.store(0, std::memory_order_relaxed);
@@ -201,7 +204,9 @@ void end()
     if (raw::getpid() != watchedProcess.load(std::memory_order_relaxed))
         return;
     processState.flags.fetch_or(spool::FlagEnded, std::memory_order_relaxed);
-    stopThread(StopForGood);
+    const bool isStopped = stopThread(StopForGood);
+    if (isStopped && tailNs != 0 && timeNs() - tailNs < spool::ShortTailNs)
+        watcher.spool()->remove();
 }
 
 bool pause()
@@ -232,6 +237,24 @@ void afterExec(bool wasStopped)
     processState.flags.fetch_and(~static_cast<std::uint32_t>(spool::FlagExec), std::memory_order_relaxed);
     if (wasStopped)
         resume();
+}
+
+Spool *spool()
+{
+    return raw::getpid() == watchedProcess.load(std::memory_order_relaxed) ? watcher.spool() : nullptr;
+}
+
+std::uint64_t timeNs()
+{
+    return watcher.timeNs();
+}
+
+void beginTail()
+{
+    tailNs = timeNs();
+    processState.flags.fetch_or(spool::FlagMerged, std::memory_order_relaxed);
+    watcher.spool()->restart(tailNs);
+    watcher.spool()->header().flags = processState.flags.load(std::memory_order_relaxed);
 }
 
 } // namespace sampler

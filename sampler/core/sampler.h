@@ -1,11 +1,17 @@
 #ifndef SAMPLER_CORE_SAMPLER_H
 #define SAMPLER_CORE_SAMPLER_H
 
+#include <cstdint>
+
 // The sampling thread's life, seen from the program's threads. Nothing here waits for a lock: of two
 // threads that want to stop it, the second goes on at once. Safe in signal handlers, and harmless in a
 // vfork child, which shares our memory but isn't the process that we watch.
 
-namespace fern::sampler {
+namespace fern {
+
+class Spool;
+
+namespace sampler {
 
 // Begins to watch the calling process; its spool comes with the first look.
 void start();
@@ -24,6 +30,16 @@ void resume();
 bool beforeExec();
 void afterExec(bool wasStopped);
 
-} // namespace fern::sampler
+// For those who merge spools. The spool of this process, nullptr if it has none; to be looked into while the
+// sampler is paused.
+Spool *spool();
+// The time now on the spool's clock, in nanoseconds.
+std::uint64_t timeNs();
+// What the spool holds is merged. While the sampler is paused: it begins anew with what is still to come, and
+// is removed at the process's end if that isn't worth a file.
+void beginTail();
+
+} // namespace sampler
+} // namespace fern
 
 #endif

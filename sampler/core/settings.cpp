@@ -1,6 +1,7 @@
 #include "core/settings.h"
 
 #include "core/rawsystem.h"
+#include "core/spoolformat.h"
 #include "core/text.h"
 
 #include <stdlib.h>
@@ -16,6 +17,7 @@ namespace {
 constexpr std::uint64_t NsPerMs = 1000000;
 constexpr std::uint64_t DefaultIntervalMs = 20;
 constexpr std::uint64_t MaxIntervalMs = 60000;
+constexpr std::uint64_t DefaultPatienceMs = 30 * 60 * 1000; // MPI_Finalize waits for all ranks, too
 
 // The number that a variable starts with, `otherwise` if it is unset or starts with something else.
 std::uint64_t numberFromEnvironment(const char *name, std::uint64_t otherwise)
@@ -76,6 +78,11 @@ bool readSettings()
     settings.intervalNs = intervalMs * NsPerMs;
     settings.epochNs = numberFromEnvironment("QUILLON_SAMPLER_EPOCH", raw::clockNs(CLOCK_REALTIME));
     settings.ompNumThreads = static_cast<std::int32_t>(numberFromEnvironment("OMP_NUM_THREADS", 0));
+    const std::uint64_t samples = numberFromEnvironment("QUILLON_SAMPLER_MERGE", 0);
+    settings.mergedSamples
+        = samples >= 2 && samples <= spool::MaxBins ? static_cast<std::uint32_t>(samples) : 0;
+    settings.patienceNs = numberFromEnvironment("QUILLON_SAMPLER_PATIENCE", DefaultPatienceMs) * NsPerMs;
+    settings.clockBehindNs = numberFromEnvironment("QUILLON_SAMPLER_CLOCK", 0) * NsPerMs;
     const char *sysfs = secure_getenv("QUILLON_SAMPLER_SYSFS");
     copyText(settings.sysfs, sysfs != nullptr ? sysfs : "/sys");
     const char *procfs = secure_getenv("QUILLON_SAMPLER_PROCFS");

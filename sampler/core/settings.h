@@ -11,6 +11,10 @@ namespace fern {
 //   QUILLON_SAMPLER_SPOOL     absolute path of the folder for spools; without it nothing is sampled
 //   QUILLON_SAMPLER_EPOCH     the job's epoch, CLOCK_REALTIME in ns; default: the process's start
 //   QUILLON_SAMPLER_INTERVAL  width of the first bins in ms, 1 to 60000; default 20
+//   QUILLON_SAMPLER_MERGE     samples of the merged profile, 2 to 1000: the ranks of an MPI job make one;
+//                             default: they don't
+//   QUILLON_SAMPLER_PATIENCE  how long they wait for each other to do so, in ms; default 1800000
+//   QUILLON_SAMPLER_CLOCK     what this node's clock is behind, in ms, for tests; default 0
 //   QUILLON_SAMPLER_SYSFS     where the node's sensors are, for tests; default /sys
 //   QUILLON_SAMPLER_PROCFS    where its file systems' counters are, likewise; default /proc
 //   QUILLON_SAMPLER_GPU_READER  path of the program that reads the node's GPUs; without it nothing does
@@ -35,6 +39,9 @@ struct Settings {
     std::uint64_t epochNs;
     std::uint64_t intervalNs;
     std::int32_t ompNumThreads; // 0 if unset
+    std::uint32_t mergedSamples; // 0 if the ranks don't merge their profiles
+    std::uint64_t patienceNs;
+    std::uint64_t clockBehindNs;
     std::uint64_t pageSize; // bytes
     SiteEvent siteEvents[spool::MaxSiteEvents];
     std::uint32_t siteEventCount;

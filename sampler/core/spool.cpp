@@ -156,6 +156,29 @@ void Spool::forget()
     mBytesWritten = 0;
 }
 
+void Spool::restart(std::uint64_t startNs)
+{
+    std::atomic_thread_fence(std::memory_order_release);
+    ++mHeader->changeCount;
+    std::atomic_thread_fence(std::memory_order_seq_cst);
+    for (std::uint64_t i = 0; i < mHeader->binCount; ++i)
+        mBins[i] = spool::Bin{};
+    mHeader->startNs = startNs;
+    mHeader->lastNs = startNs;
+    mHeader->firstBin = numberOfBin(startNs);
+    mHeader->binCount = 1;
+    mHeader->programCounterCount = 0;
+    mHeader->programCounterStep = 1;
+    mCountersSeen = 0;
+    std::atomic_thread_fence(std::memory_order_seq_cst);
+    ++mHeader->changeCount;
+}
+
+void Spool::remove()
+{
+    raw::call(SYS_unlinkat, AT_FDCWD, raw::address(mPath), 0);
+}
+
 bool Spool::allocate(std::uint64_t offset, std::uint64_t size)
 {
     // Without real blocks a full disk would kill the program at its next look. Some file systems

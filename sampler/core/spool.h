@@ -25,10 +25,17 @@ public:
     // stays. If the file can't be opened, it just doesn't grow.
     void closeFile();
     void openFile();
+    // Begins anew: what the spool holds is in other hands. Code stays, since it isn't looked at twice.
+    void restart(std::uint64_t startNs);
+    // The file goes; what is written from now on is lost.
+    void remove();
     // In a forked child: the mapping isn't there. Forgets the parent's spool.
     void forget();
 
     spool::Header &header() { return *mHeader; }
+    const spool::Bin *bins() const { return mBins; }
+    const spool::CodeBlock *codeBlocks() const { return mCodeBlocks; }
+    const spool::ProgramCounter *counters() const { return mCounters; }
     // The bin of a moment: room is made for it, if need be by doubling the interval, which moves all
     // other bins. A moment before the first bin belongs to the first bin.
     spool::Bin &binAt(std::uint64_t timeNs);

@@ -16,7 +16,7 @@
 namespace fern::spool {
 
 constexpr char Magic[8] = {'F', 'E', 'R', 'N', 'S', 'P', 'L', '\0'};
-constexpr std::uint32_t FormatVersion = 6;
+constexpr std::uint32_t FormatVersion = 7;
 
 // Bins of a run at most; when they are full, neighbours are added up and the interval doubles.
 constexpr std::uint32_t MaxBins = 1000;
@@ -24,6 +24,9 @@ constexpr std::uint32_t MaxBins = 1000;
 // What a hit stands for, in nanoseconds. A thousand threads fill a bin's numbers in a bin of seven minutes,
 // which is a run of five days; they stop there.
 constexpr std::uint64_t HitUnitNs = 100'000;
+
+// What a rank does for no longer than this after the ranks have merged their profiles isn't kept.
+constexpr std::uint64_t ShortTailNs = 1'000'000'000;
 
 // What a thread is doing. The numbers are those of the host's Category::Enum, so that a reader
 // need not translate; they are part of the .fern format, too. MPI calls are told apart by kind,
@@ -175,7 +178,8 @@ enum HeaderFlag : std::uint32_t {
     FlagLauncher = 1u << 2, // a launcher or shell by its name: counted only where nothing else ran
     FlagExec = 1u << 3, // the process became another program by exec, which has a spool of its own
     FlagMpiFinalized = 1u << 4,
-    FlagReader = 1u << 5 // no process of the job: it reads figures of the node
+    FlagReader = 1u << 5, // no process of the job: it reads figures of the node
+    FlagMerged = 1u << 6 // holds only what came after the ranks merged their profiles
 };
 
 struct Header {
@@ -230,6 +234,7 @@ struct Header {
     std::uint32_t sourceStates[SourceCount]; // SourceState by SourceId
     SiteEvent siteEvents[MaxSiteEvents];
     std::uint64_t threadsUncounted; // threads whose events couldn't be counted
+    std::uint64_t world; // number of the job whose ranks merge their profiles; 0 before they do
 
     char hostname[256];
     char executable[4096]; // path, as the kernel knows it

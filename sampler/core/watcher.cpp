@@ -51,6 +51,11 @@ std::uint64_t Watcher::realTime(std::uint64_t monotonicNs) const
     return mStartNs + monotonicNs - mStartMonotonicNs;
 }
 
+std::uint64_t Watcher::timeNs() const
+{
+    return realTime(raw::clockNs(CLOCK_MONOTONIC));
+}
+
 void Watcher::begin()
 {
     mNode.open();

@@ -32,6 +32,9 @@ public:
 
     // Looks that should have been and weren't.
     void missTicks(std::uint64_t count) { mTicksMissed += count; }
+    // While there is no sampling thread: the spool, and the time now on its clock.
+    Spool *spool() { return mSpool.isMapped() ? &mSpool : nullptr; }
+    std::uint64_t timeNs() const;
 
     // How often to look, in nanoseconds.
     std::uint64_t tickNs() const;

@@ -5,6 +5,7 @@
 // mpicalls.table's last column. Each has a before(), and an after() for calls that succeeded.
 
 #include "mpi/arguments.h"
+#include "mpi/merging.h"
 
 namespace fern::mpi::lifecycle {
 
@@ -21,7 +22,9 @@ struct Init : Nothing {
     template <class A> static void after(const A &) { noteInitialised(); }
 };
 
+// The other ranks are still there.
 struct Finalize : Nothing {
+    template <class A> static void before(const A &) { mergeRanks(); }
     template <class A> static void after(const A &) { noteFinalized(); }
 };
 
@@ -30,7 +33,9 @@ struct SessionInit : Nothing {
     template <class A> static void after(const A &) { noteSession(); }
 };
 
-struct SessionFinalize : Finalize { };
+struct SessionFinalize : Nothing {
+    template <class A> static void after(const A &) { noteFinalized(); }
+};
 
 // The handle may come back for a type of another size.
 struct TypeFree : Nothing {

@@ -1,5 +1,7 @@
 #include "mpi/mpilibrary.h"
 
+#include "mpi/helper.h"
+
 #include <atomic>
 #include <cstring>
 #include <dlfcn.h>
@@ -77,29 +79,6 @@ void *hiddenLibraryWith(const char *name)
     }
     return nullptr;
 }
-
-// A function of MPI that the sampler itself calls.
-template <typename Result, typename... Arguments> class Helper {
-public:
-    explicit constexpr Helper(const char *name)
-        : mName(name)
-    {
-    }
-    // What MPI gives, or -1 if there is no such function.
-    Result operator()(Arguments... arguments)
-    {
-        Function function = mFunction.load(std::memory_order_relaxed);
-        if (function == nullptr) {
-            function = find(mName, nullptr);
-            mFunction.store(function, std::memory_order_relaxed);
-        }
-        return function != nullptr ? reinterpret_cast<Result (*)(Arguments...)>(function)(arguments...) : -1;
-    }
-
-private:
-    const char *mName;
-    std::atomic<Function> mFunction{nullptr};
-};
 
 Helper<int, Word, int *> commRank("PMPI_Comm_rank");
 Helper<int, Word, int *> commSize("PMPI_Comm_size");
@@ -316,6 +295,16 @@ Neighbours neighboursIn(Word communicator)
 Word world()
 {
     return worldCommunicator.handle();
+}
+
+Word predefined(const char *object, Word number)
+{
+    return handlesArePointers() ? reinterpret_cast<Word>(findObject(object)) : number;
+}
+
+Word ignoredStatus()
+{
+    return handlesArePointers() ? 0 : 1;
 }
 
 std::uint64_t sizeOfType(Word word)

@@ -55,6 +55,11 @@ struct Neighbours {
 Neighbours neighboursIn(Word communicator);
 // The handle of MPI_COMM_WORLD.
 Word world();
+// The handle of something that MPI defines, by the name of the object where handles are addresses, and by its
+// number where they are numbers.
+Word predefined(const char *object, Word number);
+// MPI_STATUS_IGNORE.
+Word ignoredStatus();
 
 // Size of a datatype in bytes, remembered; 0 for the null datatype.
 std::uint64_t sizeOfType(Word type);

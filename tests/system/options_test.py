@@ -163,13 +163,14 @@ class Options(SystemTest):
         self.addCleanup(tool.wait)
         self.addCleanup(tool.kill)
         variables = {}
-        while len(variables) < 4:
+        while len(variables) < 5:
             name, value = tool.stdout.readline().decode().strip().removeprefix("export ").split("=", 1)
             variables[name] = value
-        self.assertEqual(
-            set(variables),
-            {"LD_PRELOAD", "QUILLON_SAMPLER_SPOOL", "QUILLON_SAMPLER_EPOCH", "QUILLON_SAMPLER_GPU_READER"},
-        )
+        self.assertEqual(set(variables), {
+            "LD_PRELOAD", "QUILLON_SAMPLER_SPOOL", "QUILLON_SAMPLER_EPOCH", "QUILLON_SAMPLER_MERGE",
+            "QUILLON_SAMPLER_GPU_READER",
+        })
+        self.assertEqual(variables["QUILLON_SAMPLER_MERGE"], "1000")
         self.assertExit(self.run_program(CLIENT, "spin", "0.4", **variables), 0)
         _, messages = tool.communicate(b"\n", timeout=60)
         self.assertEqual(tool.returncode, 0, messages)
