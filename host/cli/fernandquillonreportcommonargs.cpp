@@ -52,10 +52,27 @@ void FERNAndQuillonReportCommonArgs::parseSelectRanks()
             false);
 }
 
+// The ids of an option that may be given more than once. An empty one is a mistake, of a script mostly.
+QStringList FERNAndQuillonReportCommonArgs::metricIds(const QString &option)
+{
+    QStringList ids;
+    for (const QString &value : mParser.listArg(option)) {
+        for (const QString &word : value.split(QLatin1Char(','))) {
+            const QString id = word.trimmed();
+            if (id.isEmpty())
+                mParser.setError(
+                    BaseArgParser::tr("value '%1' for %2 is no list of metrics such as rss,load_avg")
+                        .arg(value, mParser.getUsedName(option)),
+                    false);
+            else
+                ids.append(id);
+        }
+    }
+    return ids;
+}
+
 void FERNAndQuillonReportCommonArgs::parseMetrics()
 {
-    mEnabledMetrics
-        = mParser.listArg(kEnableMetrics).join(QLatin1Char(',')).split(QLatin1Char(','), Qt::SkipEmptyParts);
-    mDisabledMetrics
-        = mParser.listArg(kDisableMetrics).join(QLatin1Char(',')).split(QLatin1Char(','), Qt::SkipEmptyParts);
+    mEnabledMetrics = metricIds(kEnableMetrics);
+    mDisabledMetrics = metricIds(kDisableMetrics);
 }

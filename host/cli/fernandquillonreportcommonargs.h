@@ -26,11 +26,14 @@ public:
     virtual bool findContradictions();
 
 protected:
-    // Look at the values that the parser has read. A text that isn't a set of ranks is an error.
+    // Look at the values that the parser has read. A text that isn't a set of ranks, or a list with an empty
+    // id, is an error.
     void parseSelectRanks();
     void parseMetrics();
 
 private:
+    QStringList metricIds(const QString &option);
+
     BaseArgParser &mParser;
     RankSet mSelectRanks;
     QStringList mEnabledMetrics;

@@ -2,12 +2,14 @@
 
 #include "profile/metrictable.h"
 #include "profile/perfevents.h"
+#include "profile/powerbudget.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 
 #include <cerrno>
+#include <cmath>
 
 #include <linux/perf_event.h>
 #include <sys/syscall.h>
@@ -118,6 +120,11 @@ quint32 lustreState(const QString &sysfs)
     return QDir(sysfs + QLatin1String("/fs/lustre")).exists() ? SourceRefused : SourceAbsent;
 }
 
+quint32 budgetState(const QString &)
+{
+    return std::isnan(PowerBudget::watts()) ? SourceUnknown : SourceRead;
+}
+
 // Sources that not every machine has.
 struct Probe {
     SourceId source;
@@ -129,6 +136,7 @@ constexpr Probe Probes[] = {
     {SourceLustre, lustreState},
     {SourceCpuPower, cpuPowerState},
     {SourceSystemPower, systemPowerState},
+    {SourceBudget, budgetState},
 };
 
 } // namespace

@@ -1,8 +1,8 @@
 #include "profile/spoolmetrics.h"
 
-#include "core/environment.h"
 #include "profile/metricreasons.h"
 #include "profile/metrictable.h"
+#include "profile/powerbudget.h"
 #include "profile/profilerdata.h"
 
 #include <QCoreApplication>
@@ -261,14 +261,12 @@ void SpoolMetrics::store(ProfilerData *profile)
 // The site's configuration says what power a node may use; without it there is no such metric.
 void SpoolMetrics::storeBudget(ProfilerData *profile) const
 {
-    const QString text = brivane::environmentString("POWER_BUDGET");
-    if (text.isEmpty()) {
+    if (!PowerBudget::isSet()) {
         return;
     }
-    bool isNumber = false;
-    const double watts = text.toDouble(&isNumber);
+    const double watts = PowerBudget::watts();
     StatisticsCollector budget;
-    for (int node = 0; node < mNodes && isNumber && watts > 0 && std::isfinite(watts); ++node) {
+    for (int node = 0; node < mNodes && !std::isnan(watts); ++node) {
         budget.add(watts);
     }
     storeStatic(profile, METRIC_BUDGETED_POWER, budget,

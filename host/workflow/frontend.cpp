@@ -22,7 +22,9 @@
 #include <QScopedPointer>
 #include <QTextCodec>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -35,20 +37,29 @@ void printMessage(QtMsgType, const QMessageLogContext &, const QString &message)
     std::fflush(stderr);
 }
 
+ExitStatus fail(const QString &message)
+{
+    OfflineSupport::criticalMsg(MainWindow::getWindow(), message);
+    return ExitFailure;
+}
+
 ExitStatus printOut(const QString &text)
 {
     const QByteArray bytes = text.toUtf8();
     const std::size_t size = static_cast<std::size_t>(bytes.size());
     const bool ok = std::fwrite(bytes.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
-    return ok ? ExitSuccess : ExitFailure;
+    if (ok)
+        return ExitSuccess;
+    return fail(QCoreApplication::translate("Frontend", "cannot write to the standard output: %1")
+                    .arg(QString::fromLocal8Bit(std::strerror(errno))));
 }
 
 QString metricList(const FERNConfig &config)
 {
     QString text;
     const GpuCheck gpus;
-    const MetricDefinitions definitions
-        = MetricDefinitions::ofSampler(PerfEvents::names(config.getPerfEvents()));
+    MetricDefinitions definitions = MetricDefinitions::ofSampler(PerfEvents::names(config.getPerfEvents()));
+    definitions.add(MetricDefinitions::describe(METRIC_BUDGETED_POWER));
     for (const Metric &metric : definitions.getAllMetrics()) {
         const MetricTable::Source &source = MetricTable::sourceOf(metric.id);
         text += QStringLiteral("%1\n    %2\n").arg(metric.id, metric.description);
@@ -66,12 +77,6 @@ QString metricList(const FERNConfig &config)
             text += QStringLiteral("    %1\n").arg(whyNot);
     }
     return text;
-}
-
-ExitStatus fail(const QString &message)
-{
-    OfflineSupport::criticalMsg(MainWindow::getWindow(), message);
-    return ExitFailure;
 }
 
 ExitStatus listMetrics()

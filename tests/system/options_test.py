@@ -45,7 +45,13 @@ class Options(SystemTest):
             (("--samples=1",), b"value '1' for --samples is no number from 2 to 1000"),
             (("--interval=60001",), b"value '60001' for --interval is no number from 1 to 60000"),
             (("--select-ranks=3-1",), b"value '3-1' for --select-ranks is no list of ranks"),
-            (("--disable-metrics=rsss",), b"unknown metric 'rsss'"),
+            (("--disable-metrics=rsss",), b"unknown metric 'rsss'; --list-metrics names all of them"),
+            (("--disable-metrics=",), b"value '' for --disable-metrics is no list of metrics such as rss,load_avg"),
+            (("--enable-metrics=rss,,load_avg",), b"value 'rss,,load_avg' for --enable-metrics is no list of"),
+            (
+                ("--enable-metrics=rss", "--disable-metrics=load_avg, rss"),
+                b"metric 'rss' is named by both --enable-metrics and --disable-metrics",
+            ),
             (("--manual",), b"both --manual and a program are given"),
         ):
             with self.subTest(words=words):
@@ -70,6 +76,48 @@ class Options(SystemTest):
         result = self.quillon_report("--disable-metrics=rss", "-o", "x.json", CLIENT, "spin", "0.3")
         self.assertExit(result, 0)
         self.assertIn("Disabled by the user.", str(self.values("x.json")))
+
+    def test_list_of_metrics_may_have_spaces_and_be_given_in_parts(self):
+        result = self.fern(
+            "--disable-metrics=rss, load_avg", "--disable-metrics=node_mem_percent", "-o", "x.fern", CLIENT, "spin", "0.3"
+        )
+        self.assertExit(result, 0)
+        for metric in ("rss", "load_avg", "node_mem_percent"):
+            self.assertEqual(self.errors("x.fern", metric), [("Disabled by the user.",)])
+
+    def test_mistakes_with_a_profile(self):
+        self.assertExit(self.fern("-o", "x.fern", CLIENT, "spin", "0.3"), 0)
+        for words, complaint in (
+            (("--disable-metrics=rsss",), b"unknown metric 'rsss'"),
+            (("--enable-metrics=",), b"value '' for --enable-metrics is no list of metrics"),
+            (("--enable-metrics=rss", "--disable-metrics=rss"), b"metric 'rss' is named by both"),
+            (("--list-metrics",), b"both --list-metrics and target or .fern file"),
+        ):
+            with self.subTest(words=words):
+                result = self.quillon_report(*words, "x.fern")
+                self.assertExit(result, 2)
+                self.assertTrue(result.stderr.startswith(complaint), result.stderr)
+                self.assertEqual(self.files(), ["x.fern"])
+
+    def test_list_of_metrics_says_what_the_site_has_not_said(self):
+        without = "Requires a number of watts for a node in FERN_POWER_BUDGET."
+        for value, reason in (("", without), ("plenty", without), ("-1", without), ("350.5", None)):
+            with self.subTest(value=value):
+                lines = self.quillon_report("--list-metrics", FERN_POWER_BUDGET=value).stdout.decode().splitlines()
+                row = lines[lines.index("budgeted_power") :][:4]
+                self.assertIn(" of each node; FERN_POWER_BUDGET", row[2])
+                self.assertEqual(row[3].strip() == reason, reason is not None, row)
+
+    def test_what_is_listed_needs_a_place(self):
+        for words in (("--list-metrics",), ("--help",), ("--version",)):
+            with self.subTest(words=words), open("/dev/full", "wb") as full:
+                result = subprocess.run(
+                    [QUILLON_REPORT, *words], env=self.environment, stdout=full, stderr=subprocess.PIPE, check=False
+                )
+                self.assertEqual(
+                    (result.returncode, result.stderr),
+                    (1, b"quillon-report: cannot write to the standard output: No space left on device\n"),
+                )
 
     def test_metrics_of_a_profile_can_be_disabled(self):
         self.assertExit(self.fern("-o", "x.fern", CLIENT, "spin", "0.3"), 0)

@@ -80,6 +80,19 @@ TEST_F(MetricReasonsOfAMachine, DontTakeAnyMeterForTheNodesOwn)
     EXPECT_FALSE(reason(METRIC_SYSTEM_POWER).isNull());
 }
 
+TEST_F(MetricReasonsOfAMachine, BudgetIsThereWhereTheSiteHasSetANumberOfWatts)
+{
+    for (const char *value : {"plenty", "-1", "0", "inf", ""}) {
+        qputenv("FERN_POWER_BUDGET", value);
+        EXPECT_EQ(
+            reason(METRIC_BUDGETED_POWER), "Requires a number of watts for a node in FERN_POWER_BUDGET.")
+            << value;
+    }
+    qputenv("FERN_POWER_BUDGET", "350.5");
+    EXPECT_TRUE(reason(METRIC_BUDGETED_POWER).isNull());
+    qunsetenv("FERN_POWER_BUDGET");
+}
+
 TEST(MetricReasons, SayWhatTheUserCanDo)
 {
     const auto reason = [](quint32 state) { return MetricReasons::ofState(METRIC_INSTR_FP, state); };
