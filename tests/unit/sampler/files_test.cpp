@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
+
 TEST(Files, RarerCallsGiveTheSame)
 {
     const Folder first;
@@ -34,5 +36,25 @@ TEST(Files, CopyingAskingAndWaitingAreFileIo)
         percent(total.mainHits, spool::IoWrite), 100.0 * (seconds["copy"] + seconds["wide"]) / whole, Points);
     EXPECT_NEAR(percent(total.mainHits, spool::IoOther),
         100.0 * (seconds["names"] + seconds["asynchronous"]) / whole, Points);
+    EXPECT_NEAR(percent(total.mainHits, spool::Compute), 100.0 * seconds["compute"] / whole, Points);
+}
+
+// Libraries for io_uring are often linked statically, and most of their calls are inline: the kernel says
+// where a thread waits.
+TEST(Files, WaitingForIoUringIsFileIo)
+{
+    constexpr double Points = 6.0;
+    constexpr int NoIoUring = 3;
+    const Folder spools;
+    const Outcome outcome = run({client("uring")}, samplingInto(spools.path()));
+    if (WIFEXITED(outcome.status) && WEXITSTATUS(outcome.status) == NoIoUring)
+        GTEST_SKIP() << "the kernel has no io_uring, or refuses it: see kernel.io_uring_disabled";
+    ASSERT_EQ(outcome.status, 0) << outcome;
+    std::map<std::string, double> seconds = numbersIn(outcome.output);
+    const double whole = seconds["wait"] + seconds["compute"];
+    const std::vector<SpoolFile> found = spoolsIn(spools.path());
+    ASSERT_EQ(found.size(), 1U);
+    const spool::Bin total = found.front().total();
+    EXPECT_NEAR(percent(total.mainHits, spool::IoOther), 100.0 * seconds["wait"] / whole, Points);
     EXPECT_NEAR(percent(total.mainHits, spool::Compute), 100.0 * seconds["compute"] / whole, Points);
 }
