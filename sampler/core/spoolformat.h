@@ -48,7 +48,7 @@ enum Category : std::uint32_t {
     MpiIoRead = 13,
     MpiIoWrite = 14,
     Sleep = 15, // asleep by its own wish, or waiting in a way that is none of the others'
-    OpenMpMonitor = 19,
+    OpenMpMonitor = 19, // a thread of the OpenMP runtime that is for itself and never in a team
     CategoryCount = 24 // room for those to come
 };
 

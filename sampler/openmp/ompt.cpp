@@ -26,7 +26,7 @@ enum Event {
     MutexAcquire = 26,
     MutexAcquired = 27
 };
-enum ThreadKind { WorkerThread = 2 };
+enum ThreadKind { WorkerThread = 2, OtherThread = 3 };
 enum Endpoint { Begin = 1, End = 2 };
 enum TaskFlag { InitialTask = 1, ExplicitTask = 4 };
 
@@ -53,9 +53,14 @@ constexpr std::uint64_t ExplicitTaskMark = 1000;
 
 void threadBegins(ThreadKind kind, Data *)
 {
-    if (Slot *slot = currentSlot; slot != nullptr && kind == WorkerThread) {
+    Slot *slot = currentSlot;
+    if (slot == nullptr)
+        return;
+    if (kind == WorkerThread) {
         slot->teamRegion.store(~0U, std::memory_order_relaxed); // of no region yet
         doOnly(*slot, Slot::WaitsInTeam);
+    } else if (kind == OtherThread) {
+        doOnly(*slot, spool::OpenMpMonitor);
     }
 }
 

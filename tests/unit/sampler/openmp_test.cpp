@@ -48,6 +48,7 @@ TEST_P(OpenMp, ComputingWaitingAndIdlingAreToldApart)
     const SpoolFile &spool = spools.front();
     const spool::Bin total = spool.total();
     EXPECT_EQ(spool.header().ompNumThreads, 7);
+    EXPECT_EQ(percent(total.otherHits, spool::OpenMpMonitor), 0.0) << "no thread is for the runtime itself";
     {
         SCOPED_TRACE("main thread");
         check(total.mainHits,
@@ -65,6 +66,25 @@ TEST_P(OpenMp, ComputingWaitingAndIdlingAreToldApart)
     // Nobody else works while the main thread computes alone; a look may find one thread before and the other
     // one after a region's end.
     EXPECT_GE(total.mainAloneHits[spool::Compute], 0.9 * total.mainHits[spool::Compute]);
+}
+
+// Whether it works or sleeps: what it used of a processor is told apart.
+TEST(OpenMpMonitor, IsAThreadThatTheRuntimeHasForItself)
+{
+    const Folder folder;
+    const Outcome outcome = run({client("ompthreads")}, samplingInto(folder.path()));
+    ASSERT_EQ(outcome.status, 0) << outcome;
+    std::map<std::string, double> seconds = numbersIn(outcome.output);
+    const std::vector<SpoolFile> spools = spoolsIn(folder.path());
+    ASSERT_EQ(spools.size(), 1U);
+    const spool::Bin total = spools.front().total();
+    EXPECT_GT(percent(total.otherActiveHits, spool::OpenMpMonitor), 100.0 - Points);
+    EXPECT_EQ(percent(total.otherHits, spool::PthreadCompute), 0.0);
+    EXPECT_EQ(percent(total.mainHits, spool::OpenMpMonitor), 0.0);
+    double hits = 0.0;
+    for (const auto count : total.otherActiveHits)
+        hits += double(count);
+    EXPECT_NEAR(hits * 1e-9 * spool::HitUnitNs, seconds["monitor"], 0.2 * seconds["monitor"]);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sampler, OpenMp, testing::Values("gcc", "llvm"),
