@@ -115,12 +115,13 @@ bool QuillonReportArgParser::findContradictions()
         setError(tr("no target or .fern file specified"), false);
         return true;
     }
+    const QString job = isManualLaunch() ? getUsedName(kManual) : targetOrFernFile;
     if (isCleanConfig())
-        return complainOfBoth(kCleanconfig, targetOrFernFile);
+        return complainOfBoth(kCleanconfig, job);
     if (isAutomaticConfig())
-        return complainOfBoth(kAutoconfig, targetOrFernFile);
+        return complainOfBoth(kAutoconfig, job);
     if (shouldListMetrics())
-        return complainOfBoth(kListMetrics, targetOrFernFile);
+        return complainOfBoth(kListMetrics, job);
     if (!getAutoLoadFile().isEmpty() && isDcimOutput() && !brivane::environmentFlag("FERN_TO_DCIM"))
         return complainOfBoth(kDcimOutput, fernFile);
     return false;

@@ -46,7 +46,9 @@ bool FernArgParser::findContradictions()
     bool needsProgram = !isManualLaunch() && !isHelp() && !isPrintVersion();
     for (const QString &option : {kCleanconfig, kAutoconfig, kListMetrics}) {
         if (boolArg(option) && (hasProgram || isManualLaunch())) {
-            setError(tr("both %1 and %2 are given").arg(getUsedName(option), tr("a program")), false);
+            setError(tr("both %1 and %2 are given")
+                         .arg(getUsedName(option), hasProgram ? tr("a program") : getUsedName(kManual)),
+                false);
             return true;
         }
         needsProgram = needsProgram && !boolArg(option);

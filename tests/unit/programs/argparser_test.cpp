@@ -257,6 +257,7 @@ TEST(FernCommandLine, WantsAProgram)
     EXPECT_EQ(fernComplaint({"mpirun", "prog"}), "");
     EXPECT_EQ(fernComplaint({"x.fern"}), "'x.fern' is a profile already; quillon-report makes reports of it");
     EXPECT_EQ(fernComplaint({"--list-metrics", "prog"}), "both --list-metrics and a program are given");
+    EXPECT_EQ(fernComplaint({"--list-metrics", "--manual"}), "both --list-metrics and --manual are given");
 }
 
 TEST(FernCommandLine, HelpFitsEightyColumns)

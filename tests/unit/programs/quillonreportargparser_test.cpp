@@ -90,6 +90,7 @@ TEST(Contradictions, ListMetricsWithAProgramInTheSpellingUsed)
 {
     EXPECT_EQ(
         complaint({"--list-metrics", "prog"}), "both --list-metrics and target or .fern file are specified");
+    EXPECT_EQ(complaint({"--list-metrics", "--manual"}), "both --list-metrics and --manual are specified");
     EXPECT_EQ(complaint({"--list-metrics", "mpirun", "-n", "2", "prog"}),
         "both --list-metrics and target or .fern file are specified");
     EXPECT_EQ(complaint({"--list-metrics", "x.fern"}),
