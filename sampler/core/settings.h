@@ -13,7 +13,7 @@ namespace fern {
 //   QUILLON_SAMPLER_INTERVAL  width of the first bins in ms, 1 to 60000; default 20
 //   QUILLON_SAMPLER_MERGE     samples of the merged profile, 2 to 1000: the ranks of an MPI job make one;
 //                             default: they don't
-//   QUILLON_SAMPLER_PATIENCE  how long they wait for each other to do so, in ms; default 1800000
+//   QUILLON_SAMPLER_PATIENCE  how long they wait for each other to do so, in ms; default 60000
 //   QUILLON_SAMPLER_CLOCK     what this node's clock is behind, in ms, for tests; default 0
 //   QUILLON_SAMPLER_SYSFS     where the node's sensors are, for tests; default /sys
 //   QUILLON_SAMPLER_PROCFS    where its file systems' counters are, likewise; default /proc
