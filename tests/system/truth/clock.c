@@ -48,9 +48,25 @@ static int isMain(void)
     return answer == 1;
 }
 
+/* What the clock itself takes: without this, calls that only move a few bytes in a buffer would seem long. */
+static long ownNs(void)
+{
+    static _Atomic long least;
+    if (least == 0) {
+        long found = 1000;
+        for (int i = 0; i < 1000; ++i) {
+            const long since = now();
+            const long taken = now() - since;
+            found = taken < found ? taken : found;
+        }
+        least = found;
+    }
+    return least;
+}
+
 static void book(enum Kind kind, long since)
 {
-    atomic_fetch_add(&(isMain() ? mainNs : otherNs)[kind], now() - since);
+    atomic_fetch_add(&(isMain() ? mainNs : otherNs)[kind], now() - since - ownNs());
 }
 
 static Function find(const char *name)
