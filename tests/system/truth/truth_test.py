@@ -13,9 +13,9 @@ TOOL = os.environ["QUILLON_REPORT"]
 CLOCK = os.environ["TRUTH_LIBRARY"]
 MPIRUN = os.environ["QUILLON_MPIRUN"]
 
-# How far a share may be off, in points of percent. On an idle machine 2 were never passed in runs of 10 seconds; shorter
-# runs and a busy machine need more.
-POINTS = float(os.environ.get("TRUTH_POINTS", "5"))
+# How far a share may be off, in points of percent. Runs of 10 seconds on an idle machine are held to 2; short ones
+# have only a few hundred looks, and other tests may run beside them.
+POINTS = float(os.environ.get("TRUTH_POINTS", "8"))
 # How long the runs are: 1 for about 3 seconds each, 3 for about 10.
 LENGTH = int(os.environ.get("TRUTH_LENGTH", "1"))
 
