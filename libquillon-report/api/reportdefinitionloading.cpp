@@ -124,7 +124,7 @@ struct KeptPatterns {
 // to check a report, never gives some 60 KB of it back, and makes an object for network access with each of
 // the two.
 struct Validation {
-    const KeptPatterns patterns;
+    const KeptPatterns patterns{};
     QXmlSchema schema;
     QXmlSchemaValidator validator;
     QByteArray loadedXml;
