@@ -7,6 +7,7 @@
 #include <QRegExp>
 #include <QScopeGuard>
 #include <QScopedPointer>
+#include <QSet>
 #include <QSourceLocation>
 #include <QXmlSchema>
 #include <QXmlSchemaValidator>
@@ -79,6 +80,43 @@ bool hasNamespaceAttribute(const QByteArray &xml, const QUrl &documentUrl, QStri
 // The schema engine calls itself for each level, and takes time with the square of their number.
 const int MaxElementDepth = 200;
 
+// The schema engine numbers all names that it ever meets: 511 namespaces and as many prefixes, and 8,191
+// names of elements and attributes (qxmlname.h). With one more it reads memory that isn't its own.
+const int MaxNamespaces = 200;
+const int MaxNames = 4000;
+
+struct Names {
+    QSet<QString> namespaces;
+    QSet<QString> prefixes;
+    QSet<QString> local;
+
+    void add(const QStringRef &uri, const QStringRef &prefix, const QStringRef &name)
+    {
+        namespaces.insert(uri.toString());
+        prefixes.insert(prefix.toString());
+        local.insert(name.toString());
+    }
+    void add(const QXmlStreamReader &element)
+    {
+        add(element.namespaceUri(), element.prefix(), element.name());
+        for (const QXmlStreamAttribute &attribute : element.attributes())
+            add(attribute.namespaceUri(), attribute.prefix(), attribute.name());
+        for (const QXmlStreamNamespaceDeclaration &declared : element.namespaceDeclarations())
+            add(declared.namespaceUri(), declared.prefix(), QStringRef());
+    }
+    void add(const Names &others)
+    {
+        namespaces.unite(others.namespaces);
+        prefixes.unite(others.prefixes);
+        local.unite(others.local);
+    }
+    bool areTooMany() const
+    {
+        return namespaces.size() > MaxNamespaces || prefixes.size() > MaxNamespaces
+            || local.size() > MaxNames;
+    }
+};
+
 bool namesSchema(const QXmlStreamAttributes &attributes)
 {
     const QString instance = QStringLiteral("http://www.w3.org/2001/XMLSchema-instance");
@@ -87,13 +125,16 @@ bool namesSchema(const QXmlStreamAttributes &attributes)
 }
 
 // Stops what the schema engine must not see: a document that would end the stack, and one that has it fetch
-// files, from other machines, too. What isn't well-formed passes: the engine says it better.
-bool isSafeForSchemaEngine(const QByteArray &xml, const QUrl &documentUrl, QString *error)
+// files, from other machines, too. What isn't well-formed passes: the engine says it better. Gives the
+// document's names.
+bool isSafeForSchemaEngine(const QByteArray &xml, const QUrl &documentUrl, Names *names, QString *error)
 {
     QXmlStreamReader reader(xml);
     for (int depth = 0; !reader.atEnd();) {
         const QXmlStreamReader::TokenType token = reader.readNext();
         QString problem;
+        if (token == QXmlStreamReader::StartElement)
+            names->add(reader);
         if (token == QXmlStreamReader::EndElement)
             --depth;
         else if (token == QXmlStreamReader::StartElement && ++depth > MaxElementDepth)
@@ -102,6 +143,9 @@ bool isSafeForSchemaEngine(const QByteArray &xml, const QUrl &documentUrl, QStri
             problem
                 = QObject::tr("Element '%1' names a schema. Reports have one schema, which needs no naming")
                       .arg(reader.name().toString());
+        else if (names->areTooMany())
+            problem = QObject::tr("There are more than %1 names, or more than %2 namespaces")
+                          .arg(QString::number(MaxNames), QString::number(MaxNamespaces));
         if (!problem.isEmpty()) {
             ReportDefinition::writeError(error, reader, documentUrl, problem);
             return false;
@@ -128,10 +172,12 @@ struct Validation {
     QXmlSchema schema;
     QXmlSchemaValidator validator;
     QByteArray loadedXml;
+    Names names; // of the documents so far
 };
 
-// The validation by the schema that is given, under validationMutex; the last schema is kept.
-Validation &loadedValidation(const QByteArray &xml, const QUrl &url)
+// The validation by the schema that is given, under validationMutex; the last schema is kept as long as there
+// is room for the names of the next document.
+Validation &loadedValidation(const QByteArray &xml, const QUrl &url, const Names &added)
 {
     static Validation *validation = nullptr;
     static bool hasBroken = false;
@@ -143,6 +189,13 @@ Validation &loadedValidation(const QByteArray &xml, const QUrl &url)
         hasBroken = true;
         validation = new Validation;
         hasBroken = false;
+    }
+    validation->names.add(added);
+    if (validation->names.areTooMany()) {
+        Validation *const old = validation; // the patterns of one have to live while those of the other go
+        validation = new Validation;
+        delete old;
+        validation->names.add(added);
     }
     if (validation->loadedXml != xml || validation->schema.documentUri() != url) {
         validation->loadedXml.clear();
@@ -216,13 +269,19 @@ bool ReportDefinition::validate(const QByteArray &xml, const QUrl &documentUrl, 
     disarmIdConstraints(schemaXml);
 
     const std::lock_guard<std::mutex> lock(validationMutex);
-    Validation &validation = loadedValidation(schemaXml, QUrl::fromLocalFile(schemaFilename));
+    Names names;
+    QString danger;
+    const bool isSafe = isSafeForSchemaEngine(xml, documentUrl, &names, &danger);
+    Validation &validation
+        = loadedValidation(schemaXml, QUrl::fromLocalFile(schemaFilename), isSafe ? names : Names());
     if (!validation.schema.isValid()) {
         setText(error, QObject::tr("Schema file '%1' is not valid").arg(schemaFilename));
         return false;
     }
-    if (!isSafeForSchemaEngine(xml, documentUrl, error))
+    if (!isSafe) {
+        setText(error, danger);
         return false;
+    }
     QAbstractMessageHandler *next
         = validationErrorMode == VerboseValidation ? validation.schema.messageHandler() : nullptr;
     const QScopedPointer<MessageHandler> handler(new MessageHandler(error, next, nullptr));

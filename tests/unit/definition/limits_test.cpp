@@ -84,6 +84,28 @@ TEST(Limits, ElementsAreNestedTwoHundredDeep)
         isLocated(refusal(inEntity, schema), "Error", DocumentUrl, "Elements are nested more than 200 deep"));
 }
 
+// Names are numbered over all documents of a process, with room for 511 namespaces.
+TEST(Limits, DocumentsOfAProcessMayHaveAsManyNamespacesAsTheyLike)
+{
+    const QString schema = ReportDefinition::DefaultSchemaFilename;
+    for (int document = 0; document < 40; ++document) {
+        QByteArray declarations;
+        for (int i = 0; i < 150; ++i) {
+            const QByteArray name = "n" + QByteArray::number(document) + '-' + QByteArray::number(i);
+            declarations += " xmlns:" + name + "=\"urn:" + name + "\" " + name + ":a" + name + "=\"1\"";
+        }
+        const QString answer
+            = refusal(nested(3).replace("<heading>", "<heading><b" + declarations + "/>"), schema);
+        EXPECT_FALSE(answer.contains("namespaces")) << answer.toStdString();
+    }
+    QByteArray many;
+    for (int i = 0; i < 201; ++i)
+        many += " xmlns:n" + QByteArray::number(i) + "=\"urn:" + QByteArray::number(i) + "\"";
+    EXPECT_TRUE(isLocated(refusal(nested(3).replace("<heading>", "<heading><b" + many + "/>"), schema),
+        "Error", DocumentUrl, "There are more than 4000 names, or more than 200 namespaces"));
+    EXPECT_EQ("accepted", refusal(nested(3), schema));
+}
+
 TEST(Limits, ADocumentNamesNoSchemaOfItsOwn)
 {
     // A schema that Qt would load and accept, so that nothing but the rule can refuse it.
