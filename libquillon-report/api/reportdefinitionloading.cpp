@@ -83,7 +83,7 @@ const int MaxElementDepth = 200;
 // The schema engine numbers all names that it ever meets: 511 namespaces and as many prefixes, and 8,191
 // names of elements and attributes (qxmlname.h). With one more it reads memory that isn't its own.
 const int MaxNamespaces = 200;
-const int MaxNames = 4000;
+const int MaxNames = 2000;
 
 struct Names {
     QSet<QString> namespaces;

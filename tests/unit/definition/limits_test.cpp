@@ -102,7 +102,7 @@ TEST(Limits, DocumentsOfAProcessMayHaveAsManyNamespacesAsTheyLike)
     for (int i = 0; i < 201; ++i)
         many += " xmlns:n" + QByteArray::number(i) + "=\"urn:" + QByteArray::number(i) + "\"";
     EXPECT_TRUE(isLocated(refusal(nested(3).replace("<heading>", "<heading><b" + many + "/>"), schema),
-        "Error", DocumentUrl, "There are more than 4000 names, or more than 200 namespaces"));
+        "Error", DocumentUrl, "There are more than 2000 names, or more than 200 namespaces"));
     EXPECT_EQ("accepted", refusal(nested(3), schema));
 }
 
