@@ -80,7 +80,7 @@ bool hasNamespaceAttribute(const QByteArray &xml, const QUrl &documentUrl, QStri
 // The schema engine calls itself for each level, and takes time with the square of their number.
 const int MaxElementDepth = 200;
 
-// The schema engine numbers all names that it ever meets: 511 namespaces and as many prefixes, and 8,191
+// The schema engine numbers all names that it ever meets: 510 namespaces and as many prefixes, and 4,094
 // names of elements and attributes (qxmlname.h). With one more it reads memory that isn't its own.
 const int MaxNamespaces = 200;
 const int MaxNames = 2000;

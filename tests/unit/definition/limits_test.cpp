@@ -84,7 +84,7 @@ TEST(Limits, ElementsAreNestedTwoHundredDeep)
         isLocated(refusal(inEntity, schema), "Error", DocumentUrl, "Elements are nested more than 200 deep"));
 }
 
-// Names are numbered over all documents of a process, with room for 511 namespaces.
+// Names are numbered over all documents of a process, with room for 510 namespaces.
 TEST(Limits, DocumentsOfAProcessMayHaveAsManyNamespacesAsTheyLike)
 {
     const QString schema = ReportDefinition::DefaultSchemaFilename;
