@@ -164,9 +164,9 @@ struct KeptPatterns {
     const QRegExp integer{QStringLiteral("[\\-+]?[0-9]+"), Qt::CaseSensitive, QRegExp::W3CXmlSchema11};
 };
 
-// A schema with the validator for it. Both stay until the process ends: Qt takes longer to load a schema than
-// to check a report, never gives some 60 KB of it back, and makes an object for network access with each of
-// the two.
+// A schema with the validator for it. Both stay while there is room for names: Qt takes longer to load a
+// schema than to check a report, never gives some 60 KB of it back, and makes an object for network access
+// with each of the two.
 struct Validation {
     const KeptPatterns patterns{};
     QXmlSchema schema;

@@ -24,6 +24,11 @@ void PrintTo(const Program &program, std::ostream *stream)
     *stream << program.name;
 }
 
+std::string nameOf(const testing::TestParamInfo<Program> &row)
+{
+    return row.param.name;
+}
+
 class Programs : public testing::TestWithParam<Program> { };
 
 // What a program said, and the files that it left.
@@ -89,7 +94,7 @@ INSTANTIATE_TEST_SUITE_P(Shells, Programs,
         Program{"job_control", "bash", Threads::No,
             "set -m; sleep 0.3 & kill -STOP %1; sleep 0.1; jobs -s | tr -s ' '; kill -CONT %1; wait %1; echo "
             "$?"}),
-    [](const testing::TestParamInfo<Program> &row) { return std::string(row.param.name); });
+    nameOf);
 
 INSTANTIATE_TEST_SUITE_P(Languages, Programs,
     testing::Values(
@@ -137,7 +142,7 @@ INSTANTIATE_TEST_SUITE_P(Languages, Programs,
             "system(\"exit 3\")}'"},
         Program{"tclsh", "tclsh", Threads::No,
             "echo 'after 50 {set x 1}; vwait x; puts [exec echo hi]; exit 6' | tclsh; echo $?"}),
-    [](const testing::TestParamInfo<Program> &row) { return std::string(row.param.name); });
+    nameOf);
 
 // Python's own tests of what a guest can disturb: how many ran, and which failed or were left out. The
 // longest ones run only where many runs are asked for.
@@ -170,7 +175,7 @@ INSTANTIATE_TEST_SUITE_P(PythonsOwnTests, Programs,
             "test.test_multiprocessing_fork.WithProcessesTestLock "
             "test.test_multiprocessing_fork.WithProcessesTestEvent "
             "${SAMPLER_RUNS:+test.test_multiprocessing_fork.WithProcessesTestPool}")),
-    [](const testing::TestParamInfo<Program> &row) { return std::string(row.param.name); });
+    nameOf);
 
 INSTANTIATE_TEST_SUITE_P(Tools, Programs,
     testing::Values(Program{"make", "make", Threads::No,
@@ -245,7 +250,7 @@ INSTANTIATE_TEST_SUITE_P(Tools, Programs,
         Program{
             "groff", "groff", Threads::No, "printf '.TH x 1\\n.SH NAME\\nx \\- y\\n' | groff -man -Tascii"},
         Program{"valgrind", "valgrind", Threads::No, "valgrind -q --error-exitcode=9 true; echo $?"}),
-    [](const testing::TestParamInfo<Program> &row) { return std::string(row.param.name); });
+    nameOf);
 
 // Under real launchers; what they print of times is left out.
 INSTANTIATE_TEST_SUITE_P(Parallel, Programs,
@@ -268,4 +273,4 @@ INSTANTIATE_TEST_SUITE_P(Parallel, Programs,
             "for i in range(w.size)])'"
             " 'y = w.allreduce(w.rank, MPI.MAX)' 'z = w.gather((x, y))' 'if w.rank == 0: print(z)' > p.py;"
             "mpirun -n 3 /usr/bin/python3 p.py"}),
-    [](const testing::TestParamInfo<Program> &row) { return std::string(row.param.name); });
+    nameOf);
