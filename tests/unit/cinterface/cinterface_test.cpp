@@ -70,7 +70,8 @@ TEST(CInterfaceTest, percentSignsOfADefinitionComeOutAsTheyAre)
     ASSERT_NE(bad, definition);
     const ReportPointer report = makeReport(bad.constData());
     ASSERT_EQ(quillon_report_error_message(report.get()), nullptr);
-    for (const auto &metric : report->definition().getMetricDefinitionList())
+    const quillon::report::ReportDefinition filled = report->definition();
+    for (const auto &metric : filled.getMetricDefinitionList())
         quillon_report_set_value_double(report.get(), metric.id.toUtf8().constData(), 1);
     QByteArray output;
     EXPECT_EQ(report->generateAndWrite(output, JsonReport), BRIVANE_REPORT_GENERATION_FAILED);
