@@ -122,9 +122,17 @@ QString SamplerMetrics::costSentence(const ProfilerData &profile)
     if (!(percent >= 0)) // not there
         return QString();
     const double seconds = sum(METRIC_SAMPLER_CPU_TIME) + sum(METRIC_SAMPLER_WRAPPER_TIME);
+    // Beside a job that only waited, any measurement is many times as much, which would alarm for nothing.
+    constexpr double LeastSecondsForAShare = 0.1;
+    const double jobSeconds = sum(METRIC_CPU_TIME);
+    if (jobSeconds < LeastSecondsForAShare) {
+        return QCoreApplication::translate(
+            "SamplerMetrics", "The measurement itself used %1 s of CPU time, the job %2 s.")
+            .arg(number(seconds, 2), number(jobSeconds, 3));
+    }
     return QCoreApplication::translate(
         "SamplerMetrics", "The measurement itself used %1 s of CPU time, %2 % of the job's %3 s.")
-        .arg(number(seconds, 2), number(percent, 2), number(sum(METRIC_CPU_TIME), 3));
+        .arg(number(seconds, 2), number(percent, 2), number(jobSeconds, 3));
 }
 
 QStringList SamplerMetrics::describe(const ProfilerData &profile)

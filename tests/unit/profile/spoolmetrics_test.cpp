@@ -263,6 +263,23 @@ TEST(SpoolMetrics, AJobWithoutCpuTimeHasNoShareForTheMeasurement)
     EXPECT_TRUE(SamplerMetrics::costSentence(profile).isNull());
 }
 
+TEST(SpoolMetrics, TheMeasurementHasNoShareOfAJobThatOnlyWaited)
+{
+    const auto sentence = [](std::uint64_t jobNs) {
+        SpoolFolder folder;
+        SpoolWriter writer(0, 200, 100);
+        writer.header.samplerCpuNs = 5000000;
+        writer.header.processCpuNs = jobNs;
+        folder.add(writer);
+        return SamplerMetrics::costSentence(folder.merge());
+    };
+    EXPECT_EQ(
+        sentence(400000), "The measurement itself used 0.005 s of CPU time, the job less than 0.001 s.");
+    EXPECT_EQ(sentence(99000000), "The measurement itself used 0.005 s of CPU time, the job 0.099 s.");
+    EXPECT_EQ(
+        sentence(100000000), "The measurement itself used 0.005 s of CPU time, 5 % of the job's 0.1 s.");
+}
+
 TEST(SpoolMetrics, ALibraryThatTakesCallsFirstIsNamedOnce)
 {
     SpoolFolder folder;
