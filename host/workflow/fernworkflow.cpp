@@ -1,11 +1,13 @@
 #include "workflow/fernworkflow.h"
 
 #include "cli/argparser.h"
+#include "cli/launchertable.h"
 #include "cli/rankset.h"
 #include "core/datetime.h"
 #include "profile/fernfile.h"
 #include "profile/samplermetrics.h"
 #include "profile/spoolmerger.h"
+#include "workflow/exitstatus.h"
 #include "workflow/jobenvironment.h"
 #include "workflow/joblauncher.h"
 #include "workflow/kelpconfig.h"
@@ -187,7 +189,7 @@ int FERNWorkflow::launchAndExplore()
     power.stop();
     mStages.start();
     ProgressLine progress(!mParser.isQuiet());
-    if (!collect(spoolFolder, power, &progress) || (mFernFileEnabled && !writeFernFile()))
+    if (!collect(spoolFolder, exitStatus, power, &progress) || (mFernFileEnabled && !writeFernFile()))
         return ExitFailure;
     explore(&progress);
     return exitStatus;
@@ -221,7 +223,8 @@ int FERNWorkflow::waitForJob(const QString &workFolder, const QString &spoolFold
 }
 
 // Makes the job's profile from what its processes left behind.
-bool FERNWorkflow::collect(const QString &spoolFolder, const PowerCommand &power, ProgressLine *progress)
+bool FERNWorkflow::collect(
+    const QString &spoolFolder, int jobStatus, const PowerCommand &power, ProgressLine *progress)
 {
     QStringList remarks;
     QStringList warnings;
@@ -248,7 +251,7 @@ bool FERNWorkflow::collect(const QString &spoolFolder, const PowerCommand &power
     for (const QString &line : SamplerMetrics::describe(mProfile))
         verbose(line);
     if (!ok) {
-        complain(noProfile());
+        complain(noProfile(jobStatus, remarks));
         return false;
     }
     for (const QString &warning : warnings)
@@ -262,13 +265,21 @@ bool FERNWorkflow::collect(const QString &spoolFolder, const PowerCommand &power
     return true;
 }
 
-QString FERNWorkflow::noProfile() const
+// Why there is no profile, as far as the job's exit status and the `remarks` on what it left tell.
+QString FERNWorkflow::noProfile(int jobStatus, const QStringList &remarks) const
 {
+    const QString program = QString::fromUtf8(mConfig.getCommand().value(0));
+    if (!remarks.isEmpty())
+        return tr("the job left no profile that can be read: %1").arg(remarks.first());
     if (mParser.isManualLaunch())
         return tr(
             "no process has left a profile: was the job started with the variables in its environment?");
+    if (jobStatus != ExitSuccess && launcherNamed(QFileInfo(program).fileName()))
+        return tr("'%1' ended with exit status %2, and no process of a job has left a profile")
+            .arg(program)
+            .arg(jobStatus);
     return tr("'%1' left no profile: it ended too soon, or is statically linked, or changed its user")
-        .arg(QString::fromUtf8(mConfig.getCommand().first()));
+        .arg(program);
 }
 
 void FERNWorkflow::disableMetrics()

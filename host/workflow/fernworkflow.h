@@ -67,8 +67,9 @@ private:
     bool runJob(
         JobLauncher *launcher, const QString &workFolder, const QString &spoolFolder, int *exitStatus);
     int waitForJob(const QString &workFolder, const QString &spoolFolder);
-    bool collect(const QString &spoolFolder, const PowerCommand &power, ProgressLine *progress);
-    QString noProfile() const;
+    bool collect(
+        const QString &spoolFolder, int jobStatus, const PowerCommand &power, ProgressLine *progress);
+    QString noProfile(int jobStatus, const QStringList &remarks) const;
     void disableMetrics();
     bool writeFernFile();
     QString fernFilename() const;

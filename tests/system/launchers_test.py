@@ -171,6 +171,15 @@ class Launchers(SystemTest):
         self.assertEqual(self.words(), ["-n", "1", CLIENT, "spin", "0.2"])
         self.assertEqual(self.values("x.json")["applicationDetails.processes.plain"], 1)
 
+    def test_launcher_that_fails_is_the_reason_that_there_is_no_profile(self):
+        path = self.stand_in("mpirun", version="mpirun (Open MPI) 5.0.1", forwarding="echo no such option >&2; exit 7")
+        result = self.quillon_report("-o", "x.json", "mpirun", "--nope", CLIENT, PATH=path)
+        self.assertExit(result, 1)
+        self.assertTrue(result.stderr.decode().startswith("no such option\n"), result.stderr)
+        reason = "'mpirun' ended with exit status 7, and no process of a job has left a profile"
+        self.assertIn(reason, result.stderr.decode())
+        self.assertEqual(self.files(), [])
+
     def test_launchers_of_the_configuration(self):
         path = self.stand_in("our-run", forwarding="exit 7")
         folder = self.root / "home" / ".config" / "brivane"
