@@ -1,6 +1,9 @@
 """Jobs on nodes with GPUs, by stand-ins for their libraries: what the reports say of them."""
 
 import os
+import pathlib
+import shutil
+import subprocess
 import time
 import unittest
 
@@ -55,6 +58,23 @@ class GpuTest(SystemTest):
         self.assertValue(values, "cuda.globalMemoryAccessPercent", 20, 0.01)
         self.assertValue(values, "cuda.meanMemoryPercent", 25, 0.01)
         self.assertValue(values, "cuda.peakMemoryPercent", 25, 0.01)
+
+    def test_ranks_that_merge_their_profiles(self):
+        for compiler, launcher in (("mpicc.openmpi", "mpirun.openmpi"), ("mpicc.mpich", "mpirun.mpich")):
+            with self.subTest(launcher=launcher):
+                if not shutil.which(compiler):
+                    self.skipTest(f"{compiler} isn't installed")
+                program = self.folder / "ranks"
+                source = pathlib.Path(__file__).parent / "mpiclient.c"
+                subprocess.run([compiler, "-o", program, source], check=True, capture_output=True)
+                self.environment.update(OMPI_ALLOW_RUN_AS_ROOT="1", OMPI_ALLOW_RUN_AS_ROOT_CONFIRM="1")
+                self.environment["OMPI_MCA_rmaps_base_oversubscribe"] = "1"
+                result = self.quillon_report("-o", "x.json", launcher, "-n", "3", "./ranks", "1.2")
+                self.assertExit(result, 0)
+                values = self.values("x.json")
+                self.assertEqual(values["applicationDetails.processes.plain"], 3)
+                self.assertValue(values, "cuda.gpusInUsePercent", 50, 0.01)
+                self.assertValue(values, "cuda.meanMemoryPercent", 25, 0.01)
 
     def test_advice_follows_the_figures(self):
         self.answer(TWO_GPUS.replace("usage 80", "usage 0").replace("usage 20", "usage 0"))
