@@ -114,6 +114,10 @@ Left readFolder(const QString &folder, Remarks &remarks)
     QVector<SpoolProcess> processes;
     const QFileInfoList files = QDir(folder).entryInfoList(QDir::Files | QDir::Hidden, QDir::Name);
     for (const QFileInfo &file : files) {
+        // What ranks had for each other while they merged.
+        if (file.suffix() == QLatin1String("ranks") || file.suffix() == QLatin1String("part")) {
+            continue;
+        }
         SpoolProcess process;
         QString reason;
         if (file.suffix() == QLatin1String("merged")) {

@@ -1,5 +1,6 @@
 #include "core/sampler.h"
 
+#include "core/census.h"
 #include "core/descriptors.h"
 #include "core/processstate.h"
 #include "core/rawsystem.h"
@@ -203,6 +204,7 @@ void end()
 {
     if (raw::getpid() != watchedProcess.load(std::memory_order_relaxed))
         return;
+    census::leave();
     processState.flags.fetch_or(spool::FlagEnded, std::memory_order_relaxed);
     const bool isStopped = stopThread(StopForGood);
     if (isStopped && tailNs != 0 && timeNs() - tailNs < spool::ShortTailNs)

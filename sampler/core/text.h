@@ -81,6 +81,19 @@ inline const char *afterLabel(const char *text, const char *label)
     return nullptr;
 }
 
+// A number for a text, which goes on from another one.
+constexpr std::uint64_t HashBegin = 0xcbf29ce484222325;
+inline std::uint64_t hashOf(std::uint64_t number, std::uint64_t hash)
+{
+    return (hash ^ number) * 0x100000001b3; // Fowler, Noll and Vo's
+}
+inline std::uint64_t hashOf(const char *text, std::uint64_t hash = HashBegin)
+{
+    for (; *text != '\0'; ++text)
+        hash = hashOf(static_cast<unsigned char>(*text), hash);
+    return hash;
+}
+
 inline bool equal(const char *a, const char *b)
 {
     while (*a != '\0' && *a == *b) {

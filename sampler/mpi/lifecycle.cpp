@@ -1,6 +1,8 @@
 #include "mpi/lifecycle.h"
 
+#include "core/census.h"
 #include "core/processstate.h"
+#include "core/settings.h"
 #include "core/text.h"
 
 #include <stdlib.h>
@@ -12,6 +14,9 @@ namespace {
 // What launchers tell the processes that they start.
 constexpr const char *Ranks[] = {"PMIX_RANK", "PMI_RANK", "OMPI_COMM_WORLD_RANK", "SLURM_PROCID"};
 constexpr const char *Sizes[] = {"PMI_SIZE", "OMPI_COMM_WORLD_SIZE", "SLURM_NTASKS"};
+// How many of them it starts on this node.
+constexpr const char *LocalSizes[]
+    = {"OMPI_COMM_WORLD_LOCAL_SIZE", "MPI_LOCALNRANKS", "MV2_COMM_WORLD_LOCAL_SIZE", "PMI_LOCAL_SIZE"};
 
 // The first of some variables that is a number; `otherwise` if none is.
 template <std::size_t Count> int numberFromLauncher(const char *const (&names)[Count], int otherwise)
@@ -35,7 +40,10 @@ void noteRank(int rank, int size)
 
 void noteInitialised()
 {
-    noteRank(rankIn(world()), sizeOf(world()));
+    const int size = sizeOf(world());
+    noteRank(rankIn(world()), size);
+    if (settings.mergedSamples != 0 && size > 1)
+        census::enter(size, numberFromLauncher(LocalSizes, 0));
 }
 
 void noteSession()

@@ -1,5 +1,6 @@
 #include "mpi/merging.h"
 
+#include "core/census.h"
 #include "core/processstate.h"
 #include "core/rawsystem.h"
 #include "core/sampler.h"
@@ -10,6 +11,7 @@
 #include "merge/mergedprofile.h"
 #include "merge/modules.h"
 #include "mpi/clocks.h"
+#include "mpi/handover.h"
 #include "mpi/messages.h"
 
 #include <sys/mman.h>
@@ -19,7 +21,16 @@ namespace fern::mpi {
 
 namespace {
 
-// What the ranks agree on: of each number all get the greatest.
+// What the ranks tell each other when they arrive, and agree on later: of each number all get the greatest.
+enum Arrival {
+    Latest,
+    MinusEarliest,
+    NotReady, // 1: a rank can't merge
+    MinusPatience, // the least of all ranks
+    Place, // where a rank hands over its profile
+    MinusPlace,
+    ArrivalCount
+};
 enum Agreement {
     Refusal, // 1: a rank can't go on
     MinusBegin, // the job's, as the three that follow, on rank 0's clock
@@ -34,18 +45,11 @@ enum Agreement {
 };
 
 // What is sent and received outlives a message that doesn't come in time.
-std::int64_t arrivals[3];
+std::int64_t arrivals[ArrivalCount];
 std::int64_t agreement[AgreementCount];
 std::int64_t refusal;
 std::uint64_t takenSize;
 std::uint64_t handedSize;
-
-std::uint64_t hashOf(const char *text, std::uint64_t hash)
-{
-    for (; *text != '\0'; ++text)
-        hash = (hash ^ static_cast<unsigned char>(*text)) * 0x100000001b3; // FNV's prime
-    return hash;
-}
 
 // Never given back: a late message may still be written to it.
 unsigned char *takeMemory(std::size_t size)
@@ -55,9 +59,29 @@ unsigned char *takeMemory(std::size_t size)
     return memory < 0 && memory > -4096 ? nullptr : reinterpret_cast<unsigned char *>(memory);
 }
 
+bool isSomeoneMissing()
+{
+    return census::presence() == census::Presence::Incomplete;
+}
+
+// As long as all ranks need each other: one that has left ends it.
 Patience patience()
 {
-    return Patience(settings.patienceNs);
+    return Patience(settings.patienceNs, isSomeoneMissing);
+}
+
+// How long to wait for ranks of other nodes, of which nobody knows whether they are sampled: a small part of
+// what the job took. Those whom everybody knows to be sampled may take their time, as the end of MPI would
+// wait for them, too.
+std::uint64_t patienceWithArrivals(Spool *spool)
+{
+    if (census::presence() == census::Presence::All || spool == nullptr)
+        return settings.patienceNs;
+    constexpr std::uint64_t LeastNs = 2'000'000'000;
+    constexpr std::uint64_t Part = 20;
+    const std::uint64_t partNs = (sampler::timeNs() - spool->header().startNs) / Part;
+    const std::uint64_t limitNs = partNs > LeastNs ? partNs : LeastNs;
+    return limitNs < settings.patienceNs ? limitNs : settings.patienceNs;
 }
 
 class Merging {
@@ -68,7 +92,8 @@ public:
     {
     }
 
-    bool haveAllArrived(bool isReady) const;
+    // `spool`: nullptr if the rank has none.
+    bool haveAllArrived(Spool *spool);
     // All ranks come here or none, their samplers paused. False if the spools have to stay.
     bool run(Spool *spool);
 
@@ -79,10 +104,13 @@ private:
     bool gather(const Communicator &all, bool isFine);
     bool takeFrom(const Communicator &all, int rank);
     bool handTo(const Communicator &all, int rank, bool isFine);
+    unsigned char *fetch(const Communicator &all, int rank, std::size_t *size) const;
+    bool deliver(const Communicator &all, int rank, const unsigned char *bytes, std::size_t size) const;
     bool write(const spool::Header &header) const;
 
     Communicator mWorld;
     Communicator mNode;
+    bool mIsOneNode = false; // all profiles go by files: mNode has no handle
     Communicator mLeaders; // the first ranks of the nodes; of size 0 where there is one node
     std::int64_t mShiftNs = 0; // from this rank's clock to rank 0's, as a multiple of its interval
     merged::MergedProfile *mProfile = nullptr;
@@ -91,14 +119,22 @@ private:
 // A rank that doesn't come at all must not keep the others from ending, and one that comes late must not wait
 // for those who have lost patience. Who has lost it can't tell, but how far the arrivals lie apart is the
 // same for everybody; the other half of the patience is for the ways of the messages.
-bool Merging::haveAllArrived(bool isReady) const
+bool Merging::haveAllArrived(Spool *spool)
 {
     const auto now = static_cast<std::int64_t>(raw::clockNs(CLOCK_REALTIME));
-    arrivals[0] = now;
-    arrivals[1] = -now;
-    arrivals[2] = isReady ? 0 : 1;
-    return greatest(mWorld, arrivals, 3, patience()) && arrivals[2] == 0
-        && arrivals[0] + arrivals[1] <= static_cast<std::int64_t>(settings.patienceNs / 2);
+    const std::uint64_t limitNs = patienceWithArrivals(spool);
+    const std::int64_t place = spool != nullptr ? handover::place(spool->header().hostname) : 0;
+    arrivals[Latest] = now;
+    arrivals[MinusEarliest] = -now;
+    arrivals[NotReady] = spool != nullptr ? 0 : 1;
+    arrivals[MinusPatience] = -static_cast<std::int64_t>(limitNs);
+    arrivals[Place] = place;
+    arrivals[MinusPlace] = -place;
+    if (isSomeoneMissing() || !greatest(mWorld, arrivals, ArrivalCount, Patience(limitNs, isSomeoneMissing)))
+        return false;
+    mIsOneNode = arrivals[Place] != 0 && arrivals[Place] == -arrivals[MinusPlace];
+    return arrivals[NotReady] == 0
+        && arrivals[Latest] + arrivals[MinusEarliest] <= -arrivals[MinusPatience] / 2;
 }
 
 bool Merging::run(Spool *spool)
@@ -128,17 +164,24 @@ bool Merging::run(Spool *spool)
             isFine = isFine && write(header);
     }
     refusal = isFine ? 0 : 1;
-    if (!greatest(mWorld, &refusal, 1, patience()) || refusal != 0)
+    // Who knows of the end first leaves first, without being missed.
+    if (!greatest(mWorld, &refusal, 1, Patience(settings.patienceNs)) || refusal != 0)
         return false;
-    release(mNode);
-    release(mLeaders);
+    if (!mIsOneNode) {
+        release(mNode);
+        release(mLeaders);
+    }
     mProfile->release();
     return true;
 }
 
 bool Merging::findNodes(const spool::Header &header)
 {
-    const auto colour = static_cast<int>(hashOf(header.hostname, 0xcbf29ce484222325) & 0x3fffffff);
+    if (mIsOneNode) {
+        mNode = {0, mWorld.rank, mWorld.size};
+        return true;
+    }
+    const auto colour = static_cast<int>(hashOf(header.hostname) & 0x3fffffff);
     if (!split(mWorld, colour, &mNode))
         return false;
     return mNode.size == mWorld.size || split(mWorld, mNode.rank == 0 ? 0 : 1, &mLeaders);
@@ -195,32 +238,49 @@ bool Merging::gather(const Communicator &all, bool isFine)
 
 bool Merging::takeFrom(const Communicator &all, int rank)
 {
+    std::size_t size = 0;
+    unsigned char *bytes
+        = mIsOneNode ? handover::take(agreement[World], rank, &size, patience()) : fetch(all, rank, &size);
+    merged::View packed;
+    const bool isTaken
+        = bytes != nullptr && packed.open(bytes, size) && mProfile != nullptr && mProfile->add(packed);
+    if (bytes != nullptr)
+        raw::call(SYS_munmap, raw::address(bytes), static_cast<long>(size));
+    return isTaken;
+}
+
+// Memory with what a rank sends; nullptr if it has failed. A late message may still be written there.
+unsigned char *Merging::fetch(const Communicator &all, int rank, std::size_t *size) const
+{
     takenSize = 0;
     if (!receive(all, rank, &takenSize, sizeof(takenSize), patience(), false) || takenSize == 0
         || takenSize > merged::MergedProfile::largestSize())
-        return false;
+        return nullptr;
     unsigned char *bytes = takeMemory(takenSize);
-    merged::View packed;
-    const bool isTaken = bytes != nullptr && receive(all, rank, bytes, takenSize, patience(), false)
-        && packed.open(bytes, takenSize) && mProfile != nullptr && mProfile->add(packed);
-    if (isTaken)
-        raw::call(SYS_munmap, raw::address(bytes), static_cast<long>(takenSize));
-    return isTaken;
+    *size = takenSize;
+    return bytes != nullptr && receive(all, rank, bytes, takenSize, patience(), false) ? bytes : nullptr;
 }
 
 bool Merging::handTo(const Communicator &all, int rank, bool isFine)
 {
-    handedSize = isFine ? mProfile->packedSize() : 0;
-    unsigned char *bytes = isFine ? takeMemory(handedSize) : nullptr;
-    if (bytes == nullptr)
-        handedSize = 0;
-    if (!send(all, rank, &handedSize, sizeof(handedSize), patience(), false) || bytes == nullptr)
+    const std::size_t size = isFine ? mProfile->packedSize() : 0;
+    unsigned char *bytes = isFine ? takeMemory(size) : nullptr;
+    if (bytes != nullptr)
+        mProfile->pack(bytes);
+    if (!deliver(all, rank, bytes, bytes != nullptr ? size : 0) || bytes == nullptr)
         return false;
-    mProfile->pack(bytes);
-    if (!send(all, rank, bytes, handedSize, patience(), false))
-        return false;
-    raw::call(SYS_munmap, raw::address(bytes), static_cast<long>(handedSize));
+    raw::call(SYS_munmap, raw::address(bytes), static_cast<long>(size));
     return true;
+}
+
+// A size of 0 says that there is nothing.
+bool Merging::deliver(const Communicator &all, int rank, const unsigned char *bytes, std::size_t size) const
+{
+    if (mIsOneNode)
+        return handover::give(agreement[World], mWorld.rank, bytes, size);
+    handedSize = size;
+    return send(all, rank, &handedSize, sizeof(handedSize), patience(), false)
+        && (size == 0 || send(all, rank, bytes, size, patience(), false));
 }
 
 bool Merging::write(const spool::Header &header) const
@@ -249,13 +309,14 @@ void mergeRanks()
         return;
     const QuietErrors quiet(world());
     Merging merging;
-    if (!merging.haveAllArrived(sampler::spool() != nullptr))
-        return;
-    const bool isPaused = sampler::pause();
-    if (merging.run(isPaused ? sampler::spool() : nullptr))
-        sampler::beginTail();
-    if (isPaused)
-        sampler::resume();
+    if (merging.haveAllArrived(sampler::spool())) {
+        const bool isPaused = sampler::pause();
+        if (merging.run(isPaused ? sampler::spool() : nullptr))
+            sampler::beginTail();
+        if (isPaused)
+            sampler::resume();
+    }
+    census::leave();
 }
 
 } // namespace fern::mpi

@@ -60,22 +60,26 @@ bool isDone(Word request, Patience patience, bool isPrompt)
 
 bool Patience::wait(bool isPrompt)
 {
-    constexpr std::uint64_t LongestPauseNs = 1'000'000;
+    constexpr std::uint64_t ShortestPauseNs = 20'000;
+    constexpr std::uint64_t LongestPauseNs = 2'000'000;
+    constexpr std::uint64_t Share = 16; // a pause is at most this part too long
     constexpr std::uint64_t LongestTurnNs = 10'000'000; // the process was stopped if it takes longer
+    if (mIsInVain != nullptr && mIsInVain())
+        return false;
     const std::uint64_t beforeNs = raw::clockNs(CLOCK_MONOTONIC);
     if (isPrompt) {
         raw::call(SYS_sched_yield);
     } else {
-        const timespec pause{0, static_cast<long>(mPauseNs)};
+        const std::uint64_t share = mWaitedNs / Share;
+        const std::uint64_t pauseNs = share < ShortestPauseNs ? ShortestPauseNs
+            : share > LongestPauseNs                          ? LongestPauseNs
+                                                              : share;
+        const timespec pause{0, static_cast<long>(pauseNs)};
         raw::call(SYS_nanosleep, raw::address(&pause), 0);
-        mPauseNs = mPauseNs < LongestPauseNs ? 2 * mPauseNs : mPauseNs;
     }
     const std::uint64_t passedNs = raw::clockNs(CLOCK_MONOTONIC) - beforeNs;
-    const std::uint64_t turnNs = passedNs < LongestTurnNs ? passedNs : LongestTurnNs;
-    if (turnNs >= mLeftNs)
-        return false;
-    mLeftNs -= turnNs;
-    return true;
+    mWaitedNs += passedNs < LongestTurnNs ? passedNs : LongestTurnNs;
+    return mWaitedNs < mLimitNs;
 }
 
 QuietErrors::QuietErrors(Word communicator)

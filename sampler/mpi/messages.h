@@ -15,17 +15,20 @@ namespace fern::mpi {
 // How long to wait for others. Time in which the process was stopped doesn't count.
 class Patience {
 public:
-    explicit Patience(std::uint64_t limitNs)
-        : mLeftNs(limitNs)
+    // Ends early where `isInVain`, which is asked again and again, says so.
+    explicit Patience(std::uint64_t limitNs, bool (*isInVain)() = nullptr)
+        : mLimitNs(limitNs)
+        , mIsInVain(isInVain)
     {
     }
-    // Lets a little time pass, longer from turn to turn; with `isPrompt` only what others take at once.
-    // False when there is no patience left.
+    // Lets a little time pass, the more the longer it has been waited for; with `isPrompt` only what others
+    // take at once. False when there is no patience left.
     bool wait(bool isPrompt = false);
 
 private:
-    std::uint64_t mLeftNs;
-    std::uint64_t mPauseNs = 20'000;
+    std::uint64_t mLimitNs;
+    bool (*mIsInVain)();
+    std::uint64_t mWaitedNs = 0;
 };
 
 // While it lives, errors on the program's own communicator are ours alone: they neither end the program nor

@@ -5,6 +5,7 @@ import pathlib
 import re
 import shutil
 import subprocess
+import time
 import unittest
 
 from harness import CLIENT, SystemTest
@@ -71,6 +72,27 @@ class Launchers(SystemTest):
                         )
                         # No launcher has a spool that would have to be left out.
                         self.assertNotIn(b"left out", result.stderr)
+
+    def test_a_rank_that_is_not_sampled_keeps_nobody(self):
+        for compiler, launchers in IMPLEMENTATIONS.items():
+            with self.subTest(compiler=compiler):
+                self.compile(compiler)
+                script = self.folder / "rank.sh"
+                script.write_text(
+                    "#!/bin/sh\n"
+                    '[ "${OMPI_COMM_WORLD_RANK:-$PMI_RANK}" = 2 ] && unset LD_PRELOAD\n'
+                    "exec ./ranks 0.4\n"
+                )
+                script.chmod(0o755)
+                begin = time.monotonic()
+                result = self.quillon_report("-o", "x.json", launchers[0], "-n", "4", "./rank.sh")
+                # Ranks that know no better wait for each other for a minute.
+                self.assertLess(time.monotonic() - begin, 30)
+                self.assertExit(result, 0)
+                lines = sorted(result.stdout.decode().splitlines())
+                self.assertEqual(len([line for line in lines if line.endswith(" preloaded")]), 3, lines)
+                self.assertEqual(self.values("x.json")["applicationDetails.processes.plain"], 3)
+                self.assertNotIn(b"left out", result.stderr)
 
     def test_groups_of_processes_behind_colons(self):
         for compiler, launchers in IMPLEMENTATIONS.items():
