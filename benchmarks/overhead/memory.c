@@ -13,9 +13,9 @@ int main(void)
     for (unsigned long i = 0; i < Count; ++i)
         next[i] = (i * 5 + 12345677) % Count;
     unsigned long at = 0;
-    for (long i = 0; i < 5000000L; ++i)
+    for (long i = 0; i < 2500000L; ++i)
         at = next[at];
-    for (int round = 0; round < 20; ++round)
+    for (int round = 0; round < 10; ++round)
         for (unsigned long i = 0; i < Count; ++i)
             next[i] += at;
     printf("%lu\n", next[at % Count]);

@@ -20,7 +20,8 @@ def seconds(command, library, folder=None):
     with tempfile.TemporaryDirectory() as spool:
         environment = dict(os.environ)
         if library:
-            environment.update(LD_PRELOAD=library, QUILLON_SAMPLER_SPOOL=spool)
+            # As quillon-report does, ranks merge their profiles at the end.
+            environment.update(LD_PRELOAD=library, QUILLON_SAMPLER_SPOOL=spool, QUILLON_SAMPLER_MERGE="1000")
         start = time.perf_counter()
         subprocess.run(
             command, env=environment, cwd=folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True)

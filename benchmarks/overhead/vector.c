@@ -10,7 +10,7 @@ int main(void)
         b[i] = 1.0f / (float)(i + 1);
         c[i] = 1e-7f * (float)i;
     }
-    for (long round = 0; round < 14000000L; ++round)
+    for (long round = 0; round < 7000000L; ++round)
         for (int i = 0; i < Length; ++i)
             a[i] = a[i] * 0.999f + b[i] * c[i];
     printf("%g\n", (double)a[Length / 2]);
