@@ -2,18 +2,13 @@
 
 #include "core/rawsystem.h"
 
-#include <atomic>
 #include <sys/stat.h>
 
 namespace fern::descriptors {
 
-namespace {
-
-enum Kind : unsigned char { Unknown, File, Other };
-
-// Descriptors beyond are asked for every time.
-constexpr unsigned Remembered = 4096;
 std::atomic<unsigned char> kinds[Remembered];
+
+namespace {
 
 Kind askKernel(int fd)
 {
@@ -29,13 +24,11 @@ bool isFile(int fd)
 {
     if (fd < 0)
         return false;
-    const auto index = static_cast<unsigned>(fd);
-    if (index >= Remembered)
-        return askKernel(fd) == File;
-    unsigned char kind = kinds[index].load(std::memory_order_relaxed);
+    Kind kind = rememberedKind(fd);
     if (kind == Unknown) {
         kind = askKernel(fd);
-        kinds[index].store(kind, std::memory_order_relaxed);
+        if (static_cast<unsigned>(fd) < Remembered)
+            kinds[fd].store(kind, std::memory_order_relaxed);
     }
     return kind == File;
 }

@@ -8,14 +8,36 @@
 
 namespace fern {
 
-// What a wrapped call works on. A thread that isn't sampled isn't worth a question to the kernel.
-inline bool isFile(int fd)
+// Whether a wrapped call works on a file: what is remembered of its descriptor at once, the kernel's answer
+// for who needs a yes or a no.
+class FileAnswer {
+public:
+    explicit FileAnswer(int fd)
+        : mDescriptor(fd)
+        , mRemembered(descriptors::rememberedKind(fd))
+    {
+    }
+    descriptors::Kind remembered() const { return mRemembered; }
+    // A thread that isn't sampled isn't worth a question to the kernel.
+    operator bool() const
+    {
+        return mRemembered != descriptors::Unknown
+            ? mRemembered == descriptors::File
+            : currentSlot != nullptr && descriptors::isFile(mDescriptor);
+    }
+
+private:
+    int mDescriptor;
+    descriptors::Kind mRemembered;
+};
+
+inline FileAnswer isFile(int fd)
 {
-    return currentSlot != nullptr && descriptors::isFile(fd);
+    return FileAnswer(fd);
 }
 
 // Streams that aren't backed by a descriptor (memory, callbacks) carry a negative one.
-inline bool isFile(const FILE *stream)
+inline FileAnswer isFile(const FILE *stream)
 {
     return isFile(stream->_fileno);
 }

@@ -24,7 +24,6 @@ namespace fern::hooks {
 
 enum class Id : unsigned {
 #define FERN_CALL(result, name, parameters, arguments, category, condition) name,
-#define FERN_LOCK(result, name, parameters, arguments, tryCall, busy) name,
 #define FERN_ALONE(result, name, parameters, arguments) name,
 #define FERN_SPECIAL(result, name, parameters) name,
 #include "wrappers/calls.def"
@@ -33,7 +32,6 @@ enum class Id : unsigned {
 
 #define FERN_CALL(result, name, parameters, arguments, category, condition)                                  \
     using name##Type = result parameters;
-#define FERN_LOCK(result, name, parameters, arguments, tryCall, busy) using name##Type = result parameters;
 #define FERN_ALONE(result, name, parameters, arguments) using name##Type = result parameters;
 #define FERN_SPECIAL(result, name, parameters) using name##Type = result parameters;
 #include "wrappers/calls.def"
@@ -47,6 +45,12 @@ void findAll();
 // For a wrapper that is called before that, by another library's initialisation.
 void *find(Id id);
 
+// nullptr if it wasn't looked up yet.
+template <typename Type> Type *known(Id id)
+{
+    return reinterpret_cast<Type *>(functions[static_cast<unsigned>(id)]);
+}
+
 template <typename Type> Type *real(Id id)
 {
     void *function = functions[static_cast<unsigned>(id)];
@@ -59,5 +63,6 @@ template <typename Type> Type *real(Id id)
 
 // The real function of a wrapped call, with its type.
 #define FERN_REAL(name) (fern::hooks::real<fern::hooks::name##Type>(fern::hooks::Id::name))
+#define FERN_KNOWN(name) (fern::hooks::known<fern::hooks::name##Type>(fern::hooks::Id::name))
 
 #endif

@@ -24,7 +24,6 @@ Names wrappedCalls()
     Names names{
         "ompt_start_tool",
 #define FERN_CALL(result, name, parameters, arguments, category, condition) #name,
-#define FERN_LOCK(result, name, parameters, arguments, tryCall, busy) #name,
 #define FERN_ALONE(result, name, parameters, arguments) #name,
 #define FERN_SPECIAL(result, name, parameters) #name,
 #include "wrappers/calls.def"
