@@ -18,13 +18,11 @@
 #include "workflow/outputfolder.h"
 #include "workflow/powercommand.h"
 #include "workflow/progressline.h"
+#include "workflow/workfolder.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QTemporaryDir>
-
-#include <memory>
 
 #include <sys/stat.h>
 
@@ -58,15 +56,6 @@ QString threadsPerProcess(const ProfilerData &data)
     bool isNumber = false;
     const int threads = data.formatOmpNumThreads().section(QLatin1Char(','), 0, 0).toInt(&isNumber);
     return QString::number(isNumber ? threads : 1);
-}
-
-// A private folder, removed with all that is in it at the end; in /tmp where the usual place can't be used.
-QTemporaryDir *makeWorkFolder()
-{
-    auto folder = std::make_unique<QTemporaryDir>(QDir::tempPath() + QLatin1String("/fern-XXXXXX"));
-    if (!folder->isValid())
-        folder = std::make_unique<QTemporaryDir>(QStringLiteral("/tmp/fern-XXXXXX"));
-    return folder.release();
 }
 
 bool makePrivateFolder(const QString &path)
@@ -160,9 +149,9 @@ int FERNWorkflow::launchAndExplore()
         prepared = ExitFailure;
     if (prepared == ExitSuccess && !isOutputWritable(mParser.getOutputFile(), &error))
         prepared = ExitFailure;
-    const QScopedPointer<QTemporaryDir> workFolder(makeWorkFolder());
-    const QString spoolFolder = workFolder->filePath(QStringLiteral("spool"));
-    if (prepared == ExitSuccess && (!workFolder->isValid() || !makePrivateFolder(spoolFolder))) {
+    const WorkFolder workFolder;
+    const QString spoolFolder = workFolder.filePath(QStringLiteral("spool"));
+    if (prepared == ExitSuccess && (!workFolder.isValid() || !makePrivateFolder(spoolFolder))) {
         error = tr("cannot make a folder for the profile in '%1'").arg(QDir::tempPath());
         prepared = ExitFailure;
     }
@@ -182,8 +171,8 @@ int FERNWorkflow::launchAndExplore()
     PowerCommand power(mConfig.fernConfig().getPowerCommand());
     int exitStatus = ExitFailure;
     if (mParser.isManualLaunch())
-        exitStatus = waitForJob(workFolder->path(), spoolFolder);
-    else if (!runJob(&launcher, workFolder->path(), spoolFolder, &exitStatus))
+        exitStatus = waitForJob(workFolder.path(), spoolFolder);
+    else if (!runJob(&launcher, workFolder.path(), spoolFolder, &exitStatus))
         return exitStatus;
 
     power.stop();

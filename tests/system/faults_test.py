@@ -99,6 +99,45 @@ class Faults(SystemTest):
         self.assertEqual(self.files(), ["end", "x.json"])
         self.assertEqual((self.folder / "x.json").read_bytes(), b"older")
 
+    def work_folders(self):
+        return sorted(folder.name for folder in self.temporary.glob("fern-*"))
+
+    def start_waiting_job(self):
+        """A tool whose job waits for a file "end"."""
+        tool = self.start_program(
+            QUILLON_REPORT, "-q", "-o", "x.json", "sh", "-c", "echo ready; while [ ! -e end ]; do sleep 0.05; done; echo over")
+        self.assertEqual(tool.stdout.read(6), b"ready\n")
+        return tool
+
+    def test_folder_of_a_killed_tool_is_removed_by_a_later_one(self):
+        tool = self.start_waiting_job()
+        left = self.work_folders()
+        self.assertEqual(len(left), 1)
+        tool.send_signal(signal.SIGKILL)
+        self.assertEqual(tool.wait(10), -signal.SIGKILL)
+        # The job still runs.
+        self.assertExit(self.quillon_report("-q", "-o", "y.json", "sleep", "0.2"), 0)
+        self.assertEqual(self.work_folders(), left)
+        (self.folder / "end").touch()
+        self.assertEqual(tool.stdout.read(), b"over\n")
+        for _ in range(100):
+            self.assertExit(self.quillon_report("-q", "-o", "y.json", "sleep", "0.2"), 0)
+            if not self.work_folders():
+                break
+        self.assertEqual(self.work_folders(), [])
+
+    def test_folder_of_a_living_tool_stays(self):
+        tool = self.start_waiting_job()
+        folders = self.work_folders()
+        self.assertEqual(len(folders), 1)
+        # What isn't a tool's own stays, too.
+        (self.temporary / "fern-abcdef").mkdir(mode=0o700)
+        self.assertExit(self.quillon_report("-q", "-o", "y.json", "sleep", "0.2"), 0)
+        self.assertEqual(self.work_folders(), sorted([*folders, "fern-abcdef"]))
+        (self.folder / "end").touch()
+        self.assertEqual(tool.wait(60), 0)
+        self.assertEqual(self.work_folders(), ["fern-abcdef"])
+
     def test_clock_is_set_back_during_the_run(self):
         for program in ("quillon-report", os.path.basename(CLIENT)):
             for question in (1, 2, 3, 5, 9, 17, 40):

@@ -1,0 +1,102 @@
+#include "workflow/workfolder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+const char LockName[] = "/tool.lock";
+
+// The job inherits no descriptor, and so no lock: a program may count its descriptors.
+int openAndLock(const QByteArray &path, int flags)
+{
+    const int file = ::open(path.constData(), flags | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (file >= 0 && ::flock(file, LOCK_EX | LOCK_NB) != 0) {
+        ::close(file);
+        return -1;
+    }
+    return file;
+}
+
+// The lock gets its name once it is locked: nobody ever sees a folder of a living tool whose lock is free.
+int lockNewFolder(const QString &folder)
+{
+    const QByteArray path = QFile::encodeName(folder) + LockName;
+    const QByteArray early = path + ".new";
+    const int lock = openAndLock(early, O_CREAT | O_EXCL);
+    if (lock >= 0)
+        ::rename(early.constData(), path.constData());
+    return lock;
+}
+
+// Only the user can have put anything into such a folder.
+bool isPrivateFolder(const QByteArray &path)
+{
+    struct stat status { };
+    return ::lstat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::geteuid()
+        && (status.st_mode & 077) == 0;
+}
+
+bool speaksOf(const QString &file, const QByteArray &folder)
+{
+    QFile source(file);
+    return source.open(QIODevice::ReadOnly) && source.readAll().contains(folder);
+}
+
+// Whether a process of this node was started with the folder in its environment or command, as all of a job
+// are and its launcher is, or writes a spool there.
+bool isInUse(const QByteArray &folder)
+{
+    const QStringList processes
+        = QDir(QStringLiteral("/proc")).entryList({QStringLiteral("[1-9]*")}, QDir::Dirs);
+    for (const QString &process : processes) {
+        for (const char *file : {"/environ", "/cmdline", "/maps"}) {
+            if (speaksOf(QLatin1String("/proc/") + process + QLatin1String(file), folder))
+                return true;
+        }
+    }
+    return processes.isEmpty();
+}
+
+} // namespace
+
+WorkFolder::WorkFolder()
+    : mFolder(std::make_unique<QTemporaryDir>(QDir::tempPath() + QLatin1String("/fern-XXXXXX")))
+{
+    if (!mFolder->isValid())
+        mFolder = std::make_unique<QTemporaryDir>(QStringLiteral("/tmp/fern-XXXXXX"));
+    if (!mFolder->isValid())
+        return;
+    mLock = lockNewFolder(path());
+    removeAbandonedWorkFolders(QFileInfo(path()).path());
+}
+
+// The lock goes after the folder.
+WorkFolder::~WorkFolder()
+{
+    mFolder.reset();
+    if (mLock >= 0)
+        ::close(mLock);
+}
+
+void removeAbandonedWorkFolders(const QString &temporary)
+{
+    const QStringList folders
+        = QDir(temporary).entryList({QStringLiteral("fern-??????")}, QDir::Dirs | QDir::NoSymLinks);
+    for (const QString &name : folders) {
+        const QString folder = QDir(temporary).filePath(name);
+        const QByteArray path = QFile::encodeName(folder);
+        const int lock = isPrivateFolder(path) ? openAndLock(path + LockName, 0) : -1;
+        if (lock < 0)
+            continue;
+        if (!isInUse(path + '/'))
+            QDir(folder).removeRecursively();
+        ::close(lock);
+    }
+}
