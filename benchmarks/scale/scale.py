@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """What the number of ranks does to a profile and its reports: sizes, times and memory. Prints a table, and draws it.
 
-    benchmarks/scale/scale.py BUILD [PICTURE.svg]
+    benchmarks/scale/scale.py BUILD [FOLDER]
 
-BUILD is a build folder of the preset "release". The picture needs gnuplot.
+BUILD is a build folder of the preset "release"; the pictures, scale-time.svg and scale-memory.svg, go into FOLDER.
 """
 
 import os
@@ -11,40 +11,22 @@ import statistics
 import subprocess
 import sys
 import tempfile
-import time
 from pathlib import Path
+
+from chart import draw
 
 RANKS = (1, 10, 100, 1000, 10000, 100000)
 REPORTS = ("txt", "html", "json")
 ROUNDS = 5
 
-PLOT = """set terminal svg size 720,360 font "sans-serif,13" background "white"
-set output "{picture}"
-set logscale x
-set xlabel "ranks"
-set ylabel "time of the whole command, ms"
-set yrange [0:*]
-set y2label "peak memory, MiB"
-set y2range [0:*]
-set ytics nomirror
-set y2tics
-set key outside top center horizontal
-set grid ytics linecolor rgb "#dddddd"
-plot "{data}" using 1:3 with linespoints linewidth 2 pointtype 7 title "text", \\
-     "" using 1:4 with linespoints linewidth 2 pointtype 5 title "HTML", \\
-     "" using 1:5 with linespoints linewidth 2 pointtype 9 title "JSON", \\
-     "" using 1:6 axes x1y2 with linespoints linewidth 2 dashtype 2 pointtype 6 title "memory, text"
-"""
-
 
 def run(command):
-    """Seconds and peak memory in MiB of a command."""
-    start = time.perf_counter()
+    """Seconds of CPU time and peak memory in MiB of a command."""
     child = subprocess.Popen(command)
     _, status, usage = os.wait4(child.pid, 0)
     if status != 0:
         sys.exit(f"{command} failed")
-    return time.perf_counter() - start, usage.ru_maxrss / 1024
+    return usage.ru_utime + usage.ru_stime, usage.ru_maxrss / 1024
 
 
 def main():
@@ -67,11 +49,11 @@ def main():
             kilobytes = profile.stat().st_size / 1000
             rows.append((ranks, kilobytes, *times, memory))
             print("| {:,} | {:.0f} kB | {:.0f} ms | {:.0f} ms | {:.0f} ms | {:.1f} MiB |".format(*rows[-1]), flush=True)
-        if len(sys.argv) == 3:
-            data = Path(folder, "data")
-            data.write_text("".join(" ".join(map(str, row)) + "\n" for row in rows))
-            plot = PLOT.format(picture=sys.argv[2], data=data)
-            subprocess.run(["gnuplot"], input=plot, text=True, check=True)
+    if len(sys.argv) == 3:
+        columns = list(zip(*rows))
+        pictures = Path(sys.argv[2])
+        draw(pictures / "scale-time.svg", RANKS, dict(zip(("text", "HTML", "JSON"), columns[2:5])), "ms")
+        draw(pictures / "scale-memory.svg", RANKS, {"peak memory of the text report": columns[5]}, "MiB")
 
 
 if __name__ == "__main__":
