@@ -30,7 +30,8 @@ target_compile_options(quillon-compiler INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wcast-align
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi>
   $<$<BOOL:${QUILLON_WERROR}>:-Werror>
-  $<$<BOOL:${QUILLON_COVERAGE}>:--coverage>)
+  $<$<BOOL:${QUILLON_COVERAGE}>:--coverage>
+  $<$<BOOL:${QUILLON_COVERAGE}>:-fprofile-update=atomic>)
 target_compile_definitions(quillon-compiler INTERFACE
   QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS $<$<NOT:$<CONFIG:Debug>>:NDEBUG>)
 target_link_options(quillon-compiler INTERFACE $<$<BOOL:${QUILLON_COVERAGE}>:--coverage>)
