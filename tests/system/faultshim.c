@@ -1,10 +1,10 @@
 /* Preloaded into the tool to try what seldom happens. It reads two variables:
  *
- *     FAULT_DISK=N      from the Nth time on that a file is made, written, synced or renamed, the disk is full
- *     FAULT_CLOCK=N     from the Nth time on that the time of day is asked for, it is an hour earlier
+ *     FAULT_DISK=N      from the Nth time on that a file is made, written, synced or renamed, the disk is
+ * full FAULT_CLOCK=N     from the Nth time on that the time of day is asked for, it is an hour earlier
  *
- * and does nothing in programs of other names than FAULT_PROGRAM. How often it was asked goes to descriptor 9 at the end,
- * if that is open.
+ * and does nothing in programs of other names than FAULT_PROGRAM. How often it was asked goes to descriptor 9
+ * at the end, if that is open.
  */
 #define _GNU_SOURCE
 #include <dlfcn.h>
@@ -36,14 +36,6 @@ static void __attribute__((constructor)) begin(void)
         earlierFrom = atol(getenv("FAULT_CLOCK"));
 }
 
-static void __attribute__((destructor)) end(void)
-{
-    if (fullFrom >= 0)
-        dprintf(9, "%ld\n", changes);
-    if (earlierFrom >= 0)
-        dprintf(9, "%ld\n", questions);
-}
-
 static int isFull(void)
 {
     if (fullFrom < 0 || ++changes < fullFrom)
@@ -59,6 +51,23 @@ static int isFile(int descriptor)
 }
 
 #define NEXT(name, ...) (__extension__(__typeof__(&name)) dlsym(RTLD_NEXT, #name))(__VA_ARGS__)
+
+/* dprintf() would lose its buffer where the descriptor isn't open. */
+static void tell(long number)
+{
+    char text[32];
+    const int size = snprintf(text, sizeof(text), "%ld\n", number);
+    const ssize_t told = NEXT(write, 9, text, (size_t)size);
+    (void)told;
+}
+
+static void __attribute__((destructor)) end(void)
+{
+    if (fullFrom >= 0)
+        tell(changes);
+    if (earlierFrom >= 0)
+        tell(questions);
+}
 
 ssize_t write(int file, const void *data, size_t size)
 {
