@@ -36,9 +36,16 @@ target_compile_definitions(quillon-compiler INTERFACE
   QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS $<$<NOT:$<CONFIG:Debug>>:NDEBUG>)
 target_link_options(quillon-compiler INTERFACE $<$<BOOL:${QUILLON_COVERAGE}>:--coverage>)
 
-# The sampler lives inside other programs, which aren't built with a sanitizer: it links quillon-compiler alone.
 add_library(quillon-sanitize INTERFACE)
 if(QUILLON_SANITIZE)
   target_compile_options(quillon-sanitize INTERFACE -fsanitize=${QUILLON_SANITIZE} -fno-omit-frame-pointer)
   target_link_options(quillon-sanitize INTERFACE -fsanitize=${QUILLON_SANITIZE})
+endif()
+
+# The sampler lives inside other programs, which don't bring a sanitizer's library along. Undefined behaviour can be
+# caught without one: the program ends by SIGILL. Checks of dynamic types would need the library after all.
+add_library(quillon-sanitize-guest INTERFACE)
+if(QUILLON_SANITIZE MATCHES "undefined")
+  target_compile_options(quillon-sanitize-guest INTERFACE
+    -fsanitize=undefined -fno-sanitize=vptr -fsanitize-undefined-trap-on-error)
 endif()
