@@ -169,6 +169,30 @@ TEST_P(MpiMerge, ARankThatIsNotSampledLeavesAllToTheHost)
     EXPECT_EQ(job.spools.size(), 3U);
 }
 
+// Those of a job before have gone and don't stand in for it.
+TEST_P(MpiMerge, ARankThatIsNotSampledInTheSecondJobOfAScript)
+{
+    std::string launch;
+    for (const std::string &word : GetParam().launcher)
+        launch += word + " ";
+    const std::string script = launch + "-n 3 " + program() + " plain && exec " + launch + "-n 2 " + program()
+        + " plain : -n 1 env -u LD_PRELOAD " + program() + " plain";
+    const Folder folder;
+    Environment environment = samplingInto(folder.path());
+    environment["QUILLON_SAMPLER_EPOCH"] = "1700000000000000000";
+    environment["QUILLON_SAMPLER_MERGE"] = "1000";
+    environment["OMPI_ALLOW_RUN_AS_ROOT"] = "1";
+    environment["OMPI_ALLOW_RUN_AS_ROOT_CONFIRM"] = "1";
+    const auto before = std::chrono::steady_clock::now();
+    const Outcome outcome = run({"sh", "-c", script}, environment);
+    EXPECT_LT(std::chrono::steady_clock::now() - before, FarFromPatience);
+    EXPECT_EQ(outcome.status, 0) << outcome;
+    int spools = 0;
+    for (const SpoolFile &spool : spoolsIn(folder.path()))
+        spools += spool.complaint().empty() && spool.has(spool::FlagMpi) ? 1 : 0;
+    EXPECT_EQ(spools, 2);
+}
+
 // As on a node of their own: nobody knows of it.
 TEST_P(MpiMerge, ARankThatIsNotKnownToBeMissingIsWaitedForBriefly)
 {
