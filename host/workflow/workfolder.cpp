@@ -24,13 +24,27 @@ int openAndLock(const QByteArray &path, int flags)
     return file;
 }
 
-// The lock gets its name once it is locked: nobody ever sees a folder of a living tool whose lock is free.
+QByteArray contents(const QString &file)
+{
+    QFile source(file);
+    return source.open(QIODevice::ReadOnly) ? source.readAll() : QByteArray();
+}
+
+// The kernel's number of this start: containers of a node may have names of their own.
+QByteArray thisNode()
+{
+    return contents(QStringLiteral("/proc/sys/kernel/random/boot_id"));
+}
+
+// The lock gets its name once it is locked and says on which node: nobody ever sees a folder of a living tool
+// whose lock is free.
 int lockNewFolder(const QString &folder)
 {
     const QByteArray path = QFile::encodeName(folder) + LockName;
     const QByteArray early = path + ".new";
+    const QByteArray node = thisNode();
     const int lock = openAndLock(early, O_CREAT | O_EXCL);
-    if (lock >= 0)
+    if (lock >= 0 && ::write(lock, node.constData(), static_cast<std::size_t>(node.size())) == node.size())
         ::rename(early.constData(), path.constData());
     return lock;
 }
@@ -43,12 +57,6 @@ bool isPrivateFolder(const QByteArray &path)
         && (status.st_mode & 077) == 0;
 }
 
-bool speaksOf(const QString &file, const QByteArray &folder)
-{
-    QFile source(file);
-    return source.open(QIODevice::ReadOnly) && source.readAll().contains(folder);
-}
-
 // Whether a process of this node was started with the folder in its environment or command, as all of a job
 // are and its launcher is, or writes a spool there.
 bool isInUse(const QByteArray &folder)
@@ -57,7 +65,7 @@ bool isInUse(const QByteArray &folder)
         = QDir(QStringLiteral("/proc")).entryList({QStringLiteral("[1-9]*")}, QDir::Dirs);
     for (const QString &process : processes) {
         for (const char *file : {"/environ", "/cmdline", "/maps"}) {
-            if (speaksOf(QLatin1String("/proc/") + process + QLatin1String(file), folder))
+            if (contents(QLatin1String("/proc/") + process + QLatin1String(file)).contains(folder))
                 return true;
         }
     }
@@ -95,7 +103,8 @@ void removeAbandonedWorkFolders(const QString &temporary)
         const int lock = isPrivateFolder(path) ? openAndLock(path + LockName, 0) : -1;
         if (lock < 0)
             continue;
-        if (!isInUse(path + '/'))
+        // Locks of other nodes may not be seen here.
+        if (contents(folder + QLatin1String(LockName)) == thisNode() && !isInUse(path + '/'))
             QDir(folder).removeRecursively();
         ::close(lock);
     }

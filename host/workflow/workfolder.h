@@ -9,9 +9,9 @@
 // A private folder for what a run leaves on its way, removed with all that is in it at the end; in /tmp where
 // the usual place for temporary files can't be used.
 //
-// A tool that is killed leaves its folder behind. Whoever makes the next one for the same user removes it,
-// once no process of the job is left on this node. A folder belongs to a living tool as long as its file
-// "tool.lock" is locked.
+// A tool that is killed leaves its folder behind. Whoever makes the next one for the same user on this node
+// removes it, once no process of the job is left on this node. A folder belongs to a living tool as long as
+// its file "tool.lock" is locked.
 class WorkFolder {
 public:
     WorkFolder();

@@ -133,7 +133,9 @@ class Faults(SystemTest):
         folders = self.work_folders()
         self.assertEqual(len(folders), 1)
         # What isn't a tool's own stays, too.
-        (self.temporary / "fern-abcdef").mkdir(mode=0o700)
+        other = self.temporary / "fern-abcdef"
+        other.mkdir(mode=0o700)
+        (other / "tool.lock").write_text("another node\n")
         self.assertExit(self.quillon_report("-q", "-o", "y.json", "sleep", "0.2"), 0)
         self.assertEqual(self.work_folders(), sorted([*folders, "fern-abcdef"]))
         (self.folder / "end").touch()
