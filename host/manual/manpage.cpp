@@ -18,23 +18,24 @@ constexpr Row ExitStatuses[] = {
     {"2", "The command line is wrong. Nothing was started."},
     {"126", "The program is there and can't be run."}, {"127", "There is no such program."}};
 
-constexpr Row Environment[] = {
-    {"BRIVANE_PARTIAL_REPORT_SOURCE",
-        "A file or a folder of files that add to reports, instead of the user's own."},
-    {"BRIVANE_EXTRA_REPORT",
-        "Beginning of the name of a second page, which goes on with the shares of the time."},
-    {"BRIVANE_NOTES", "A text that reports show."},
-    {"BRIVANE_PERF_EVENTS",
-        "Events to count, with commas between: page-faults, cache-misses, r01c2 and others."},
-    {"BRIVANE_POWER_BUDGET", "The watts that a node may draw, for reports of the type trapped."},
-    {"BRIVANE_DCIM_SCRIPT", "The connector of --dcim-output."},
-    {"BRIVANE_FERN_TO_DCIM", "Allows --dcim-output for a profile that is read from a file, unless off."},
-    {"BRIVANE_ENABLE_ALL_REPORTS_GENERATION",
-        "Lets a file name that ends in .all stand for all types, unless off."},
-    {"TMPDIR",
-        "Where a folder for the processes' profiles is made while the job runs; /tmp without it. It must be "
-        "seen by all processes of the job, and have room for about a megabyte for each."},
-    {"XDG_CONFIG_HOME", "Where the folder brivane with the configuration is; ~/.config without it."}};
+constexpr Row Environment[]
+    = {{"BRIVANE_PARTIAL_REPORT_SOURCE",
+           "A file or a folder of files that add to reports, instead of the user's own."},
+        {"BRIVANE_EXTRA_REPORT",
+            "Beginning of the name of a second page, which goes on with the shares of the time."},
+        {"BRIVANE_NOTES", "A text that reports show."},
+        {"BRIVANE_PERF_EVENTS",
+            "Events to count, with commas between: page-faults, cache-misses, r01c2 and others."},
+        {"BRIVANE_POWER_BUDGET", "The watts that a node may draw, for reports of the type trapped."},
+        {"BRIVANE_DCIM_SCRIPT", "The connector of --dcim-output."},
+        {"BRIVANE_FERN_TO_DCIM", "Allows --dcim-output for a profile that is read from a file, unless off."},
+        {"BRIVANE_ENABLE_ALL_REPORTS_GENERATION",
+            "Lets a file name that ends in .all stand for all types, unless off."},
+        {"TMPDIR",
+            "Where a folder for the processes' profiles is made while the job runs, on each node; /tmp "
+            "without it. It "
+            "must have room for about a megabyte for each."},
+        {"XDG_CONFIG_HOME", "Where the folder brivane with the configuration is; ~/.config without it."}};
 
 constexpr Row Files[] = {
     {"~/.config/brivane/fern.conf",

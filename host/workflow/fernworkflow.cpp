@@ -8,6 +8,7 @@
 #include "profile/samplermetrics.h"
 #include "profile/spoolmerger.h"
 #include "workflow/exitstatus.h"
+#include "workflow/gatherfolder.h"
 #include "workflow/jobenvironment.h"
 #include "workflow/joblauncher.h"
 #include "workflow/kelpconfig.h"
@@ -168,16 +169,19 @@ int FERNWorkflow::launchAndExplore()
         return ExitFailure;
     endStage(tr("reading the definitions, before the job"));
 
+    GatherFolder gather(workFolder.path());
+    const SpoolFolders folders{spoolFolder, gather.path()};
     PowerCommand power(mConfig.fernConfig().getPowerCommand());
     int exitStatus = ExitFailure;
     if (mParser.isManualLaunch())
-        exitStatus = waitForJob(workFolder.path(), spoolFolder);
-    else if (!runJob(&launcher, workFolder.path(), spoolFolder, &exitStatus))
+        exitStatus = waitForJob(workFolder.path(), folders);
+    else if (!runJob(&launcher, workFolder.path(), folders, &exitStatus))
         return exitStatus;
 
     power.stop();
     mStages.start();
     ProgressLine progress(!mParser.isQuiet());
+    fetchFromNodes(&gather, spoolFolder);
     if (!collect(spoolFolder, exitStatus, power, &progress) || (mFernFileEnabled && !writeFernFile()))
         return ExitFailure;
     explore(&progress);
@@ -185,14 +189,14 @@ int FERNWorkflow::launchAndExplore()
 }
 
 bool FERNWorkflow::runJob(
-    JobLauncher *launcher, const QString &workFolder, const QString &spoolFolder, int *exitStatus)
+    JobLauncher *launcher, const QString &workFolder, const SpoolFolders &folders, int *exitStatus)
 {
     verbose(tr("starting %1").arg(shellQuoted(mConfig.getCommand())));
     if (launcher->forwarding() != Forwarding::Inherited)
         verbose(tr("the sampler is handed to the job's processes in the way of %1")
                     .arg(forwardingName(launcher->forwarding())));
     QString error;
-    if (!launcher->run(workFolder, spoolFolder, exitStatus, &error)) {
+    if (!launcher->run(workFolder, folders, exitStatus, &error)) {
         complain(error);
         return false;
     }
@@ -201,14 +205,21 @@ bool FERNWorkflow::runJob(
 }
 
 // Lets the user start the job; gives what to exit with.
-int FERNWorkflow::waitForJob(const QString &workFolder, const QString &spoolFolder)
+int FERNWorkflow::waitForJob(const QString &workFolder, const SpoolFolders &folders)
 {
     OfflineSupport::infoMsgNonBlock(MainWindow::getWindow(),
         tr("start the job on this machine with the variables below in its environment; press Enter here when "
            "it "
            "has ended"));
     const QByteArray sampler = preloadablePath(samplerPath(), workFolder);
-    return waitForManualJob(samplerVariables(sampler, spoolFolder, mConfig));
+    return waitForManualJob(samplerVariables(sampler, folders, mConfig));
+}
+
+void FERNWorkflow::fetchFromNodes(GatherFolder *gather, const QString &spoolFolder)
+{
+    if (const int nodes = gather->fetchInto(spoolFolder); nodes > 0)
+        OfflineSupport::warningMsgNonBlock(MainWindow::getWindow(),
+            tr("%1 node(s) of the job did not hand over what their processes left").arg(nodes));
 }
 
 // Makes the job's profile from what its processes left behind.

@@ -12,8 +12,10 @@
 class ArgParser;
 class JobLauncher;
 class KELPConfig;
+class GatherFolder;
 class PowerCommand;
 class ProgressLine;
+struct SpoolFolders;
 
 // The way from a command line to a finished profile: loads a .fern file, or runs the job under the sampler.
 //
@@ -65,8 +67,9 @@ private:
     int launchAndExplore();
     void explore(ProgressLine *progress);
     bool runJob(
-        JobLauncher *launcher, const QString &workFolder, const QString &spoolFolder, int *exitStatus);
-    int waitForJob(const QString &workFolder, const QString &spoolFolder);
+        JobLauncher *launcher, const QString &workFolder, const SpoolFolders &folders, int *exitStatus);
+    int waitForJob(const QString &workFolder, const SpoolFolders &folders);
+    void fetchFromNodes(GatherFolder *gather, const QString &spoolFolder);
     bool collect(
         const QString &spoolFolder, int jobStatus, const PowerCommand &power, ProgressLine *progress);
     QString noProfile(int jobStatus, const QStringList &remarks) const;

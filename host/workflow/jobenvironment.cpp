@@ -18,21 +18,34 @@ namespace {
 const char SamplerName[] = "libfern-sampler.so";
 const char SpoolVariable[] = "QUILLON_SAMPLER_SPOOL";
 const char EpochVariable[] = "QUILLON_SAMPLER_EPOCH";
+const char GatherVariable[] = "QUILLON_SAMPLER_GATHER";
+const char KeeperVariable[] = "QUILLON_SAMPLER_KEEPER";
 const char GpuReaderVariable[] = "QUILLON_SAMPLER_GPU_READER";
 const char IntervalVariable[] = "QUILLON_SAMPLER_INTERVAL";
 const char EventsVariable[] = "QUILLON_SAMPLER_EVENTS";
 const char MergeVariable[] = "QUILLON_SAMPLER_MERGE";
 const char PatienceVariable[] = "QUILLON_SAMPLER_PATIENCE"; // in ms
 
-qint64 realTimeNs()
+// Bins are counted from here, and none comes before: a node whose clock is behind ours has some for all its
+// time, too.
+qint64 epochNs()
 {
     using namespace std::chrono;
-    return duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
+    return duration_cast<nanoseconds>((system_clock::now() - hours(24)).time_since_epoch()).count();
 }
 
 bool isPreloadable(const QByteArray &path)
 {
     return path.indexOf(' ') < 0 && path.indexOf(':') < 0;
+}
+
+// The path of a program that the sampler starts beside the job; empty if it isn't installed.
+QByteArray pathBeside(const QString &program)
+{
+    const QByteArray path = samplerPath();
+    const QFileInfo file(QFile::decodeName(path.left(path.lastIndexOf('/') + 1))
+        + QLatin1String(QUILLON_PROGRAMS_BESIDE) + QLatin1Char('/') + program);
+    return file.isExecutable() ? QFile::encodeName(file.canonicalFilePath()) : QByteArray();
 }
 
 bool isAnyOf(const QByteArray &entry, std::initializer_list<const char *> names)
@@ -67,10 +80,7 @@ QByteArray samplerPath()
 
 QByteArray gpuReaderPath()
 {
-    const QByteArray path = samplerPath();
-    const QFileInfo reader(
-        QFile::decodeName(path.left(path.lastIndexOf('/') + 1)) + QLatin1String(QUILLON_GPU_READER));
-    return reader.isExecutable() ? QFile::encodeName(reader.canonicalFilePath()) : QByteArray();
+    return pathBeside(QStringLiteral("fern-gpu-reader"));
 }
 
 bool isSamplerThere(const QByteArray &sampler, QString *error)
@@ -97,22 +107,27 @@ QList<QByteArray> plainEnvironment()
     for (char **entry = environ; *entry; ++entry) {
         const QByteArray text(*entry);
         if (!isAnyOf(text,
-                {SpoolVariable, EpochVariable, GpuReaderVariable, IntervalVariable, EventsVariable,
-                    MergeVariable, PatienceVariable}))
+                {SpoolVariable, GatherVariable, KeeperVariable, EpochVariable, GpuReaderVariable,
+                    IntervalVariable, EventsVariable, MergeVariable, PatienceVariable}))
             result.append(text);
     }
     return result;
 }
 
 QList<Variable> samplerVariables(
-    const QByteArray &sampler, const QString &spoolFolder, const KELPConfig &launch)
+    const QByteArray &sampler, const SpoolFolders &folders, const KELPConfig &launch)
 {
     const FERNConfig &config = launch.fernConfig();
     QByteArray preload = sampler;
     if (const QByteArray others = qgetenv("LD_PRELOAD"); !others.isEmpty())
         preload += ':' + others;
-    QList<Variable> result{{"LD_PRELOAD", preload}, {SpoolVariable, QFile::encodeName(spoolFolder)},
-        {EpochVariable, QByteArray::number(realTimeNs())}};
+    QList<Variable> result{{"LD_PRELOAD", preload}, {SpoolVariable, QFile::encodeName(folders.spool)},
+        {EpochVariable, QByteArray::number(epochNs())}};
+    if (!folders.gather.isEmpty())
+        result.append({GatherVariable, QFile::encodeName(folders.gather)});
+    if (const QByteArray keeper = pathBeside(QStringLiteral("fern-spool-keeper"));
+        !folders.gather.isEmpty() && !keeper.isEmpty())
+        result.append({KeeperVariable, keeper});
     if (const QByteArray reader = gpuReaderPath(); !reader.isEmpty())
         result.append({GpuReaderVariable, reader});
     if (config.getInterval() > 0)

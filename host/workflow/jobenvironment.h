@@ -25,14 +25,19 @@ QByteArray preloadablePath(const QByteArray &sampler, const QString &workFolder)
 // Our environment, without what a sampler that watches us was told.
 QList<QByteArray> plainEnvironment();
 
+// Where the job's processes leave their spools.
+struct SpoolFolders {
+    QString spool; // on this node, and where it is seen
+    QString gather; // what other nodes hand over; empty if they can't
+};
+
 // What the sampler needs in the environment of the job: itself in front of what is preloaded already, the
-// folder for the spools, the point in time, now, that all processes of the job count from, the
-// program that reads GPUs if there is one, the interval
-// between the first samples and the events if some are configured, and how many samples the ranks of an MPI
-// job merge their profiles to. Where ranks are selected they don't: then each has to be read for itself.
-// Where the ranks of `command` run several programs, they don't wait long for each other: one of these may be
-// static.
+// folders for the spools, the point in time that the bins of all processes are counted from, a day ago, the
+// programs that hand over spools and read GPUs if they are there, the interval between the first samples and
+// the events if some are configured, and how many samples the ranks of an MPI job merge their profiles to.
+// Where ranks are selected they don't: then each has to be read for itself. Where the ranks of the command
+// run several programs, they don't wait long for each other: one of these may be static.
 QList<Variable> samplerVariables(
-    const QByteArray &sampler, const QString &spoolFolder, const KELPConfig &config);
+    const QByteArray &sampler, const SpoolFolders &folders, const KELPConfig &config);
 
 #endif

@@ -124,11 +124,11 @@ bool JobLauncher::openInput(QString *error)
     return reason == 0;
 }
 
-bool JobLauncher::run(const QString &workFolder, const QString &spoolFolder, int *exitStatus, QString *error)
+bool JobLauncher::run(const QString &workFolder, const SpoolFolders &folders, int *exitStatus, QString *error)
 {
     const QByteArray sampler = preloadablePath(mSampler, workFolder);
-    const Launch launch = withVariables({mConfig.getCommand(), plainEnvironment()}, mForwarding,
-        samplerVariables(sampler, spoolFolder, mConfig));
+    const Launch launch = withVariables(
+        {mConfig.getCommand(), plainEnvironment()}, mForwarding, samplerVariables(sampler, folders, mConfig));
 
     SignalForwarding signals;
     pid_t pid = 0;

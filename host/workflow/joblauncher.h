@@ -9,6 +9,7 @@
 #include <QString>
 
 class KELPConfig;
+struct SpoolFolders;
 
 // A job that is to run under the sampler: the words of its command line and its input file.
 //
@@ -34,12 +35,12 @@ public:
     // 128 plus the number of the signal that killed it, or that of SIGINT where one came while a launcher of
     // parallel jobs ran.
     //
-    // Processes of the job leave their spools in `spoolFolder`; `workFolder` is a private folder for what
-    // else the launch needs. Both must outlive the job.
+    // Processes of the job leave their spools in `folders`; `workFolder` is a private folder for what
+    // else the launch needs. All must outlive the job.
     //
     // Signals that a terminal sends reach the job by themselves and don't end us while it runs; SIGTERM
     // and SIGHUP are passed on to it. A signal that was ignored when we were started stays so for both.
-    bool run(const QString &workFolder, const QString &spoolFolder, int *exitStatus, QString *error);
+    bool run(const QString &workFolder, const SpoolFolders &folders, int *exitStatus, QString *error);
 
     // How the job's processes get what the sampler needs; known after prepare().
     Forwarding forwarding() const { return mForwarding; }

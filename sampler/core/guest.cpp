@@ -1,5 +1,6 @@
 // How the library comes into a process and leaves it.
 
+#include "core/nodefolder.h"
 #include "core/processstate.h"
 #include "core/sampler.h"
 #include "core/settings.h"
@@ -27,6 +28,7 @@ __attribute__((constructor)) void arrive()
     const int error = errno;
     hooks::findAll();
     if (readSettings()) {
+        nodefolder::choose();
         wrapping.wrapperPs = timeWrapper();
         findRivals();
         sampler::start();

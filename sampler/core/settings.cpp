@@ -17,7 +17,8 @@ namespace {
 constexpr std::uint64_t NsPerMs = 1000000;
 constexpr std::uint64_t DefaultIntervalMs = 20;
 constexpr std::uint64_t MaxIntervalMs = 60000;
-// A rank that isn't sampled, since its node lacks the library for one, never comes: the others must not be kept for long.
+// A rank that isn't sampled, since its node lacks the library for one, never comes: the others must not be
+// kept for long.
 constexpr std::uint64_t DefaultPatienceMs = 60 * 1000;
 
 // The number that a variable starts with, `otherwise` if it is unset or starts with something else.
@@ -73,6 +74,9 @@ bool readSettings()
     if (!equal(settings.spoolFolder, folder))
         return false;
 
+    textFromEnvironment(settings.gatherFolder, "QUILLON_SAMPLER_GATHER");
+    textFromEnvironment(settings.spoolKeeper, "QUILLON_SAMPLER_KEEPER");
+    textFromEnvironment(settings.temporaryFolder, "TMPDIR");
     const std::uint64_t intervalMs = numberFromEnvironment("QUILLON_SAMPLER_INTERVAL", DefaultIntervalMs);
     if (intervalMs == 0 || intervalMs > MaxIntervalMs)
         return false;

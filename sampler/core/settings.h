@@ -9,6 +9,10 @@ namespace fern {
 
 // What the environment asks for, read once at the start: the program may change its environment later.
 //   QUILLON_SAMPLER_SPOOL     absolute path of the folder for spools; without it nothing is sampled
+//   QUILLON_SAMPLER_GATHER  absolute path of the folder to which nodes that don't have the one for spools
+//                             hand over theirs; without it nothing is sampled there
+//   QUILLON_SAMPLER_KEEPER    path of the program that does so
+//   TMPDIR                    where the spools lie on such nodes; default /tmp
 //   QUILLON_SAMPLER_EPOCH     the job's epoch, CLOCK_REALTIME in ns; default: the process's start
 //   QUILLON_SAMPLER_INTERVAL  width of the first bins in ms, 1 to 60000; default 20
 //   QUILLON_SAMPLER_MERGE     samples of the merged profile, 2 to 1000: the ranks of an MPI job make one;
@@ -30,7 +34,10 @@ struct Settings {
         std::uint64_t config;
     };
 
-    char spoolFolder[4096];
+    char spoolFolder[4096]; // the host's, or that of the node (core/nodefolder.h)
+    char gatherFolder[4096]; // empty if unset, as the two that follow
+    char spoolKeeper[4096];
+    char temporaryFolder[4096];
     char sysfs[512];
     char procfs[512]; // of the node, not of the process
     char gpuReader[4096]; // empty if unset, as the two that follow

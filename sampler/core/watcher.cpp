@@ -1,5 +1,6 @@
 #include "core/watcher.h"
 
+#include "core/nodefolder.h"
 #include "core/processstate.h"
 #include "core/rawsystem.h"
 #include "core/settings.h"
@@ -71,10 +72,22 @@ void Watcher::begin()
     mHasBegun = true;
 }
 
+bool Watcher::createSpool()
+{
+    // The node's folder may just be taken away, since the job seemed to be over.
+    const int attempts = nodefolder::isChosen() ? 3 : 1;
+    bool isThere = false;
+    for (int i = 0; i < attempts && !isThere; ++i)
+        isThere = nodefolder::prepare() && mSpool.create(mStartNs);
+    if (!mSandbox.isTighter())
+        nodefolder::startKeeper();
+    return isThere;
+}
+
 bool Watcher::look(std::uint64_t monotonicNs)
 {
     if (!mSpool.isMapped()) {
-        if (!mSpool.create(mStartNs))
+        if (!createSpool())
             return false;
         mCores = {mSpool.header().logicalCores, mSpool.header().physicalCores};
     }

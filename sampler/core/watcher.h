@@ -53,6 +53,7 @@ private:
     };
 
     std::uint64_t realTime(std::uint64_t monotonicNs) const;
+    bool createSpool();
     Passed cpuTimeOf(std::uint32_t index, std::int32_t tid);
     KernelView::Answer askKernel(std::uint32_t index, std::int32_t tid);
     std::uint32_t hitsUntil(std::uint64_t timeNs);

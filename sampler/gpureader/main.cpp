@@ -2,12 +2,13 @@
 // and keeps them in a spool of its own. Started by the sampler (metrics/gpureader.cpp). With --check it
 // prints what this machine's GPUs tell, as numbers of spool::SourceState.
 
+#include "beside/job.h"
+#include "beside/program.h"
 #include "core/processstate.h"
 #include "core/rawsystem.h"
 #include "core/settings.h"
 #include "core/spool.h"
 #include "gpureader/claim.h"
-#include "gpureader/job.h"
 #include "gpureader/nvml.h"
 
 #include <chrono>
@@ -16,8 +17,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
-#include <sched.h>
-#include <signal.h>
 #include <sys/utsname.h>
 #include <thread>
 #include <unistd.h>
@@ -42,22 +41,6 @@ const char *libraryName()
 {
     const char *ofTests = std::getenv("QUILLON_SAMPLER_NVML");
     return ofTests != nullptr ? ofTests : "libnvidia-ml.so.1";
-}
-
-// The reader was started with all signals blocked, on the program's processors, by whoever came first.
-void leaveProgram()
-{
-    for (const int signal : {SIGALRM, SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGCHLD})
-        ::signal(signal, SIG_DFL);
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
-    cpu_set_t all;
-    std::memset(&all, 0xff, sizeof(all));
-    sched_setaffinity(0, sizeof(all), &all); // what the node allows us of them
-    constexpr int Gentle = 10;
-    if (nice(Gentle) < 0) // no matter
-        return;
 }
 
 void noteStates(spool::Header &header, const States &states)
@@ -158,14 +141,14 @@ int check()
 
 int readWhileTheJobRuns()
 {
-    leaveProgram();
+    beside::leaveProgram();
     if (!readSettings())
         return 2;
     utsname node{};
     uname(&node);
     ClaimPath claim;
     claim << settings.spoolFolder << "/" << node.nodename << ClaimSuffix;
-    Job job(settings.spoolFolder, node.nodename);
+    beside::Job job(settings.spoolFolder, node.nodename);
     static Reader reader; // outlives main(), as its thread may
     if (reader.start()) {
         while (job.isRunning())

@@ -1,5 +1,6 @@
 #include "metrics/gpureader.h"
 
+#include "core/orphan.h"
 #include "core/rawsystem.h"
 #include "core/settings.h"
 #include "core/text.h"
@@ -14,11 +15,7 @@ namespace fern {
 
 namespace {
 
-constexpr std::size_t StackSize = 16 * 1024;
-alignas(64) char helperStack[StackSize];
-alignas(64) char readerStack[StackSize];
-
-// What the reader is started with, put together beforehand: it is started from our memory.
+// The reader's environment.
 struct Variables {
     TextBuilder<4200> spool;
     TextBuilder<64> epoch;
@@ -28,7 +25,6 @@ struct Variables {
     char *pointers[6];
 };
 Variables variables;
-bool isStarted = false;
 
 bool hasDevice()
 {
@@ -59,30 +55,6 @@ void prepareVariables()
     }
 }
 
-// In a process of its own that is to become the reader. Descriptors of the sampling thread's are closed by
-// exec.
-void becomeReader()
-{
-    constexpr long FirstFree = 3;
-    const int nothing = raw::open("/dev/null", O_RDWR);
-    const long above = raw::call(SYS_fcntl, nothing, F_DUPFD_CLOEXEC, FirstFree);
-    for (long fd = 0; fd < FirstFree; ++fd)
-        raw::call(SYS_dup3, above, fd, 0);
-    raw::call(SYS_chdir, raw::address("/"));
-    char *const arguments[] = {settings.gpuReader, nullptr};
-    isStarted = true; // who comes back from the next line says otherwise
-    raw::call(SYS_execve, raw::address(settings.gpuReader), raw::address(arguments),
-        raw::address(variables.pointers));
-    isStarted = false;
-}
-
-// In a process between the program and the reader, which makes the latter an orphan by its end.
-void startAndEnd()
-{
-    raw::call(SYS_setsid);
-    raw::startProcess(becomeReader, readerStack + StackSize);
-}
-
 } // namespace
 
 void startGpuReader(Spool &spool)
@@ -102,11 +74,8 @@ void startGpuReader(Spool &spool)
     if (claim.text() == nullptr || raw::call(SYS_mkdirat, AT_FDCWD, raw::address(claim.text()), 0700) != 0)
         return;
     prepareVariables();
-    isStarted = false;
-    const long helper = raw::startProcess(startAndEnd, helperStack + StackSize);
-    if (helper > 0)
-        raw::forgetProcess(helper);
-    if (!isStarted)
+    char *const arguments[] = {settings.gpuReader, nullptr};
+    if (!startOrphan(settings.gpuReader, arguments, variables.pointers))
         raw::call(SYS_unlinkat, AT_FDCWD, raw::address(claim.text()), AT_REMOVEDIR);
 }
 

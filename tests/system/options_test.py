@@ -211,12 +211,12 @@ class Options(SystemTest):
         self.addCleanup(tool.wait)
         self.addCleanup(tool.kill)
         variables = {}
-        while len(variables) < 5:
+        while len(variables) < 7:
             name, value = tool.stdout.readline().decode().strip().removeprefix("export ").split("=", 1)
             variables[name] = value
         self.assertEqual(set(variables), {
             "LD_PRELOAD", "QUILLON_SAMPLER_SPOOL", "QUILLON_SAMPLER_EPOCH", "QUILLON_SAMPLER_MERGE",
-            "QUILLON_SAMPLER_GPU_READER",
+            "QUILLON_SAMPLER_GPU_READER", "QUILLON_SAMPLER_GATHER", "QUILLON_SAMPLER_KEEPER",
         })
         self.assertEqual(variables["QUILLON_SAMPLER_MERGE"], "1000")
         self.assertExit(self.run_program(CLIENT, "spin", "0.4", **variables), 0)

@@ -2,7 +2,7 @@
 
 #include "job.h"
 
-#include "gpureader/job.h"
+#include "beside/job.h"
 #include "profile/metricids.h"
 #include "profile/profilerdata.h"
 #include "profile/spoolmerger.h"
@@ -338,7 +338,7 @@ TEST_F(GpuReader, ChecksAMachineByItself)
 
 TEST(GpuReaderJob, KnowsProcessesByTheNamesOfTheirSpools)
 {
-    using fern::gpureader::processOfSpool;
+    using fern::beside::processOfSpool;
     EXPECT_EQ(processOfSpool("node-123-456.spool", "node"), 123);
     EXPECT_EQ(processOfSpool("node-1-123-456.spool", "node-1"), 123);
     EXPECT_EQ(processOfSpool("node-1-123-456.spool", "node"), 0);

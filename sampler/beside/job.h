@@ -1,9 +1,9 @@
-#ifndef SAMPLER_GPUREADER_JOB_H
-#define SAMPLER_GPUREADER_JOB_H
+#ifndef SAMPLER_BESIDE_JOB_H
+#define SAMPLER_BESIDE_JOB_H
 
 #include <string>
 
-namespace fern::gpureader {
+namespace fern::beside {
 
 // The job's processes on this node, as the names of their spools tell: NODE-PID-START.spool.
 class Job {
@@ -22,9 +22,12 @@ private:
     int mProcess = 0; // one that ran when it was last looked at
 };
 
+// Whether there is such a process that hasn't ended.
+bool isAlive(int process);
+
 // The process of a spool by its file's name, 0 if it is of another node or no spool's.
 int processOfSpool(const std::string &file, const std::string &node);
 
-} // namespace fern::gpureader
+} // namespace fern::beside
 
 #endif

@@ -1,4 +1,4 @@
-#include "gpureader/job.h"
+#include "beside/job.h"
 
 #include "core/text.h"
 
@@ -8,7 +8,7 @@
 #include <fstream>
 #include <unistd.h>
 
-namespace fern::gpureader {
+namespace fern::beside {
 
 namespace {
 
@@ -23,12 +23,12 @@ bool isZombie(int process)
     return name != std::string::npos && text[name + 2] == 'Z';
 }
 
-bool isThere(int process)
+} // namespace
+
+bool isAlive(int process)
 {
     return (kill(process, 0) == 0 || errno == EPERM) && !isZombie(process);
 }
-
-} // namespace
 
 int processOfSpool(const std::string &file, const std::string &node)
 {
@@ -52,7 +52,7 @@ Job::Job(const std::string &spoolFolder, const std::string &node)
 
 bool Job::isRunning()
 {
-    if (mProcess == 0 || !isThere(mProcess) || access(mFolder.c_str(), F_OK) != 0)
+    if (mProcess == 0 || !isAlive(mProcess) || access(mFolder.c_str(), F_OK) != 0)
         mProcess = findProcess();
     return mProcess != 0;
 }
@@ -65,11 +65,11 @@ int Job::findProcess() const
     int found = 0;
     while (const dirent *entry = found == 0 ? readdir(folder) : nullptr) {
         const int process = processOfSpool(entry->d_name, mBeginning);
-        if (process != 0 && process != getpid() && isThere(process))
+        if (process != 0 && process != getpid() && isAlive(process))
             found = process;
     }
     closedir(folder);
     return found;
 }
 
-} // namespace fern::gpureader
+} // namespace fern::beside
