@@ -10,22 +10,25 @@ namespace fern {
 class CategoryScope {
 public:
     // Without `applies` the scope does nothing.
-    explicit CategoryScope(spool::Category category, bool applies = true)
+    explicit inline __attribute__((always_inline))
+    CategoryScope(spool::Category category, bool applies = true)
         : mSlot(applies ? currentSlot : nullptr)
     {
         if (mSlot == nullptr)
             return;
         if (mSlot->category.load(std::memory_order_relaxed) == mSlot->ownCategory) {
             mSlot->category.store(category, std::memory_order_relaxed);
-            mSlot->calls.store(mSlot->calls.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
         } else {
             mSlot = nullptr;
         }
     }
     ~CategoryScope()
     {
-        if (mSlot != nullptr)
-            mSlot->category.store(mSlot->ownCategory, std::memory_order_relaxed);
+        if (mSlot == nullptr)
+            return;
+        mSlot->category.store(mSlot->ownCategory, std::memory_order_relaxed);
+        // Counted here and not above: a system call waits for what was written just before it.
+        mSlot->calls.store(mSlot->calls.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     }
     CategoryScope(const CategoryScope &) = delete;
     CategoryScope &operator=(const CategoryScope &) = delete;
