@@ -45,11 +45,6 @@ std::uint64_t missedThreads()
     return missed.load(std::memory_order_relaxed);
 }
 
-std::uint16_t indexOf(const Slot &slot)
-{
-    return static_cast<std::uint16_t>(&slot - slots);
-}
-
 spool::Category categoryOf(const Slot &slot)
 {
     const std::uint32_t category = slot.category.load(std::memory_order_relaxed);

@@ -57,7 +57,10 @@ std::uint32_t usedSlots();
 std::uint32_t mostThreads();
 std::uint64_t missedThreads();
 
-std::uint16_t indexOf(const Slot &slot);
+inline std::uint16_t indexOf(const Slot &slot)
+{
+    return static_cast<std::uint16_t>(&slot - slots);
+}
 // What the thread of a slot is doing, for who looks from outside.
 spool::Category categoryOf(const Slot &slot);
 

@@ -50,14 +50,18 @@ void *find(const char *name, const void *caller)
     return function;
 }
 
-template <typename Type> Type *real(Call call, const void *caller)
+__attribute__((noinline, cold)) void *findAndKeep(Call call, const void *caller)
 {
-    std::atomic<void *> &known = functions[static_cast<unsigned>(call)];
-    void *function = known.load(std::memory_order_relaxed);
-    if (__builtin_expect(function == nullptr, false)) {
-        function = find(Names[static_cast<unsigned>(call)], caller);
-        known.store(function, std::memory_order_relaxed);
-    }
+    void *function = find(Names[static_cast<unsigned>(call)], caller);
+    functions[static_cast<unsigned>(call)].store(function, std::memory_order_relaxed);
+    return function;
+}
+
+template <typename Type> inline __attribute__((always_inline)) Type *real(Call call, const void *caller)
+{
+    void *function = functions[static_cast<unsigned>(call)].load(std::memory_order_relaxed);
+    if (__builtin_expect(function == nullptr, false))
+        function = findAndKeep(call, caller);
     return reinterpret_cast<Type *>(function);
 }
 
@@ -67,8 +71,9 @@ Slot *slotOfCaller()
     return isToolActive() ? nullptr : currentSlot;
 }
 
-// What a region's threads are handed instead of the program's data.
-struct RegionData {
+// What a region's threads are handed instead of the program's data: in a cache line of its own, since the
+// master goes on to write to its stack beside it.
+struct alignas(64) RegionData {
     Word firstWord; // of the program's data: the runtime looks there for reductions
     Body body;
     void *data;

@@ -46,8 +46,6 @@ struct Tool {
     Data data;
 };
 
-std::atomic<bool> isActive{false};
-
 // What a task's word says; an implicit task's says what its thread was before.
 constexpr std::uint64_t ExplicitTaskMark = 1000;
 
@@ -191,15 +189,10 @@ Tool tool{initialize, finalize, {}};
 
 } // namespace
 
-bool isToolActive()
-{
-    return isActive.load(std::memory_order_relaxed);
-}
+std::atomic<bool> isActive{false};
 
-void noteThreadNumber()
+void askThreadNumber()
 {
-    if (processState.ompThreads.load(std::memory_order_relaxed) != 0)
-        return;
     const auto ask = reinterpret_cast<int (*)()>(dlsym(RTLD_DEFAULT, "omp_get_max_threads"));
     if (ask == nullptr)
         dlerror(); // a program may ask for errors of its own only

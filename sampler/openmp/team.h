@@ -5,6 +5,7 @@
 // runtime, inside or outside of a region. A wrapped call around all of it (MPI that uses OpenMP itself) wins.
 
 #include "core/categoryscope.h"
+#include "core/processstate.h"
 
 namespace fern::openmp {
 
@@ -56,7 +57,7 @@ inline spool::Category runtimeCategory(const Slot &slot)
 // Around a body of code that a thread of a team, or a task, runs.
 class ComputeScope {
 public:
-    explicit ComputeScope(Slot *slot)
+    explicit inline __attribute__((always_inline)) ComputeScope(Slot *slot)
         : mSlot(slot != nullptr && isFree(*slot) ? slot : nullptr)
     {
         if (mSlot == nullptr)
@@ -81,8 +82,13 @@ private:
     std::uint32_t mCategory = 0;
 };
 
+void askThreadNumber();
 // Asks the runtime how many threads it takes for a region, once; called by a master.
-void noteThreadNumber();
+inline void noteThreadNumber()
+{
+    if (__builtin_expect(processState.ompThreads.load(std::memory_order_relaxed) == 0, false))
+        askThreadNumber();
+}
 
 } // namespace fern::openmp
 
