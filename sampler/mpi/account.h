@@ -14,8 +14,8 @@ public:
     {
     }
     spool::Category category() const { return mCategory; }
-    void add(std::uint64_t bytes) const { add(bytes, mCategory); }
-    void add(std::uint64_t bytes, spool::Category category) const
+    inline __attribute__((always_inline)) void add(std::uint64_t bytes) const { add(bytes, mCategory); }
+    inline __attribute__((always_inline)) void add(std::uint64_t bytes, spool::Category category) const
     {
         if (category == spool::MpiCollective)
             addTo(mSlot.mpiCollectiveBytes, bytes);

@@ -147,12 +147,6 @@ FortranConstant statusIgnore(
 FortranConstant statusesIgnore(
     "mpi_fortran_statuses_ignore_", "MPI_F_STATUSES_IGNORE", "MPIR_F08_MPI_STATUSES_IGNORE_OBJ");
 
-// What is significant of a handle's word: an integer's upper half may hold anything.
-Word handle(Word word)
-{
-    return handlesArePointers() ? word : static_cast<Word>(static_cast<std::uint32_t>(word));
-}
-
 // Handles of the library's own: an object's address in one implementation, a number in the other.
 class Constant {
 public:
@@ -171,23 +165,6 @@ private:
 Constant worldCommunicator("ompi_mpi_comm_world", MpichWorld);
 Constant nullType("ompi_mpi_datatype_null", MpichNullType);
 Constant byteType("ompi_mpi_byte", MpichByte);
-
-// Asking the library at every call costs more than the rest of a wrapper. The entry's type is 0 while
-// its size changes.
-struct KnownType {
-    std::atomic<Word> type;
-    std::atomic<std::uint64_t> size;
-};
-
-constexpr std::size_t KnownTypes = 256;
-KnownType knownTypes[KnownTypes];
-
-KnownType &entryOf(Word type)
-{
-    // Fibonacci hashing: handles differ in their middle bits.
-    const auto hash = static_cast<std::uint64_t>(type) * 0x9e3779b97f4a7c15;
-    return knownTypes[hash >> 56];
-}
 
 } // namespace
 
@@ -258,11 +235,6 @@ bool isInter(Word communicator)
     return commTestInter(communicator, &answer) == 0 && answer != 0;
 }
 
-bool isNoProcess(int rank)
-{
-    return rank == (handlesArePointers() ? -2 : -1);
-}
-
 bool isRootOfOthers(int rank)
 {
     return rank == (handlesArePointers() ? -4 : -3);
@@ -307,17 +279,13 @@ Word ignoredStatus()
     return handlesArePointers() ? 0 : 1;
 }
 
-std::uint64_t sizeOfType(Word word)
+KnownType knownTypes[1U << KnownTypesBits];
+
+std::uint64_t askSizeOfType(Word type)
 {
-    const Word type = handle(word);
     if (type == 0 || type == nullType.handle())
         return 0;
-    KnownType &known = entryOf(type);
-    if (known.type.load(std::memory_order_acquire) == type) {
-        const std::uint64_t size = known.size.load(std::memory_order_acquire);
-        if (known.type.load(std::memory_order_relaxed) == type)
-            return size;
-    }
+    KnownType &known = entryOfType(type);
     int asked = 0;
     if (typeSize(type, &asked) != 0 || asked < 0)
         return 0;
@@ -330,7 +298,7 @@ std::uint64_t sizeOfType(Word word)
 void forgetType(Word word)
 {
     const Word type = handle(word);
-    KnownType &known = entryOf(type);
+    KnownType &known = entryOfType(type);
     if (known.type.load(std::memory_order_relaxed) == type)
         known.type.store(0, std::memory_order_release);
 }
@@ -352,19 +320,9 @@ Word communicatorFromFortran(int communicator)
     return handlesArePointers() ? communicatorOfFortran(communicator) : handle(communicator);
 }
 
-bool isInPlace(Word buffer)
-{
-    return buffer == (handlesArePointers() ? 1 : -1);
-}
-
 bool isInPlaceOfFortran(Word buffer)
 {
     return inPlace.isAt(buffer);
-}
-
-bool isStatusIgnored(Word status)
-{
-    return status == (handlesArePointers() ? 0 : 1);
 }
 
 bool isStatusIgnoredOfFortran(Word status)
@@ -388,12 +346,20 @@ bool isCancelled(const unsigned char *status)
     return testCancelled(status, &answer) == 0 && answer != 0;
 }
 
-std::uint64_t receivedBytes(const unsigned char *status, std::uint64_t room)
+std::atomic<int> statusesRead{0};
+
+std::uint64_t askReceivedBytes(const unsigned char *status, std::uint64_t room)
 {
     std::int64_t number = -1;
     if (elements(status, byteType.handle(), &number) != 0 || number < 0)
         return room;
-    return static_cast<std::uint64_t>(number) < room ? static_cast<std::uint64_t>(number) : room;
+    const auto bytes = static_cast<std::uint64_t>(number);
+    int read = statusesRead.load(std::memory_order_relaxed);
+    if (bytesIn(status) != bytes)
+        statusesRead.store(-1, std::memory_order_relaxed);
+    else if (bytes != 0 && read >= 0 && read < EnoughStatuses) // nothing is anywhere
+        statusesRead.compare_exchange_strong(read, read + 1, std::memory_order_relaxed);
+    return bytes < room ? bytes : room;
 }
 
 } // namespace fern::mpi

@@ -45,7 +45,10 @@ int sizeOf(Word communicator);
 int peersIn(Word communicator);
 bool isInter(Word communicator);
 // MPI_PROC_NULL and MPI_ROOT, which are numbers in the place of ranks.
-bool isNoProcess(int rank);
+inline bool isNoProcess(int rank)
+{
+    return rank < 0 && rank == (handlesArePointers() ? -2 : -1);
+}
 bool isRootOfOthers(int rank);
 // Ranks that a communicator's topology connects this one with; none if it has no topology.
 struct Neighbours {
@@ -61,8 +64,44 @@ Word predefined(const char *object, Word number);
 // MPI_STATUS_IGNORE.
 Word ignoredStatus();
 
-// Size of a datatype in bytes, remembered; 0 for the null datatype.
-std::uint64_t sizeOfType(Word type);
+// Sizes of datatypes that were asked for: asking the library at every call costs more than the rest of a
+// wrapper. An entry's type is 0 while its size changes.
+struct KnownType {
+    std::atomic<Word> type;
+    std::atomic<std::uint64_t> size;
+};
+
+constexpr unsigned KnownTypesBits = 8;
+extern KnownType knownTypes[1U << KnownTypesBits];
+
+inline KnownType &entryOfType(Word type)
+{
+    // Fibonacci hashing: handles differ in their middle bits.
+    const auto hash = static_cast<std::uint64_t>(type) * 0x9e3779b97f4a7c15;
+    return knownTypes[hash >> (64 - KnownTypesBits)];
+}
+
+// What is significant of a handle's word: an integer's upper half may hold anything.
+inline Word handle(Word word)
+{
+    return handlesArePointers() ? word : static_cast<Word>(static_cast<std::uint32_t>(word));
+}
+
+// Asks the library and remembers the answer.
+std::uint64_t askSizeOfType(Word type);
+
+// Size of a datatype in bytes; 0 for the null datatype.
+inline std::uint64_t sizeOfType(Word word)
+{
+    const Word type = handle(word);
+    const KnownType &known = entryOfType(type);
+    if (__builtin_expect(type != 0 && known.type.load(std::memory_order_acquire) == type, true)) {
+        const std::uint64_t size = known.size.load(std::memory_order_acquire);
+        if (known.type.load(std::memory_order_relaxed) == type)
+            return size;
+    }
+    return askSizeOfType(type);
+}
 // The handle may mean another type from now on.
 void forgetType(Word type);
 
@@ -73,11 +112,17 @@ Word typeFromFortran(int type);
 Word communicatorFromFortran(int communicator);
 
 // Whether a buffer argument is MPI_IN_PLACE, in C and in Fortran, where it is a variable of the library.
-bool isInPlace(Word buffer);
+inline bool isInPlace(Word buffer)
+{
+    return buffer == (handlesArePointers() ? 1 : -1);
+}
 bool isInPlaceOfFortran(Word buffer);
 
 // Whether an argument is MPI_STATUS_IGNORE or MPI_STATUSES_IGNORE, which are one in C and two in Fortran.
-bool isStatusIgnored(Word status);
+inline bool isStatusIgnored(Word status)
+{
+    return status == (handlesArePointers() ? 0 : 1);
+}
 bool isStatusIgnoredOfFortran(Word status);
 bool areStatusesIgnoredOfFortran(Word statuses);
 // Bytes of a status, the same in C and in Fortran, and the most that any of them takes.
@@ -85,9 +130,34 @@ std::size_t statusSize();
 constexpr std::size_t MostOfAStatus = 32;
 // Whether the operation was cancelled; its length means nothing then.
 bool isCancelled(const unsigned char *status);
+// Where both implementations keep the number of bytes in a status, as programs were compiled to copy it.
+inline std::uint64_t bytesIn(const unsigned char *status)
+{
+    std::uint64_t word;
+    if (handlesArePointers()) {
+        __builtin_memcpy(&word, status + 4 * sizeof(int), sizeof(word));
+        return word;
+    }
+    // The upper half is one bit to the left: the lowest says whether the operation was cancelled.
+    __builtin_memcpy(&word, status, sizeof(word));
+    return (word >> 33 << 32) | static_cast<std::uint32_t>(word);
+}
+
+// How often the library said of a message that it was as long as its status says there; below 0 once it
+// didn't.
+extern std::atomic<int> statusesRead;
+constexpr int EnoughStatuses = 8;
+std::uint64_t askReceivedBytes(const unsigned char *status, std::uint64_t room);
+
 // Bytes that a completed receive brought, told from its status; `room` if the library doesn't say or says
-// more than that.
-std::uint64_t receivedBytes(const unsigned char *status, std::uint64_t room);
+// more than that. To ask the library costs as much as the rest of a wrapper.
+inline std::uint64_t receivedBytes(const unsigned char *status, std::uint64_t room)
+{
+    if (__builtin_expect(statusesRead.load(std::memory_order_relaxed) != EnoughStatuses, false))
+        return askReceivedBytes(status, room);
+    const std::uint64_t bytes = bytesIn(status);
+    return bytes < room ? bytes : room;
+}
 
 } // namespace fern::mpi
 

@@ -16,12 +16,12 @@ struct Payload {
     std::uint64_t room = 0; // of a receive, which may turn out shorter
 };
 
-inline std::uint64_t bytes(std::uint64_t count, Word type)
+inline __attribute__((always_inline)) std::uint64_t bytes(std::uint64_t count, Word type)
 {
     return count != 0 ? count * sizeOfType(type) : 0;
 }
 
-template <class A> std::uint64_t one(const A &a, int count, int type)
+template <class A> inline __attribute__((always_inline)) std::uint64_t one(const A &a, int count, int type)
 {
     const std::uint64_t number = a.count(count);
     return number != 0 ? bytes(number, a.type(type)) : 0;
@@ -86,19 +86,25 @@ struct Nothing {
 };
 
 template <int Count, int Type, int Peer> struct Send {
-    template <class A> static Payload of(const A &a)
+    template <class A> static inline __attribute__((always_inline)) Payload of(const A &a)
     {
         return {isNoProcess(a.number(Peer)) ? 0 : one(a, Count, Type), 0};
     }
 };
 
 template <int Count, int Type, int Peer> struct Receive {
-    template <class A> static Payload of(const A &a) { return {0, Send<Count, Type, Peer>::of(a).moved}; }
+    template <class A> static inline __attribute__((always_inline)) Payload of(const A &a)
+    {
+        return {0, Send<Count, Type, Peer>::of(a).moved};
+    }
 };
 
 // Of a message that was found before.
 template <int Count, int Type> struct Matched {
-    template <class A> static Payload of(const A &a) { return {0, one(a, Count, Type)}; }
+    template <class A> static inline __attribute__((always_inline)) Payload of(const A &a)
+    {
+        return {0, one(a, Count, Type)};
+    }
 };
 
 template <int SendCount, int SendType, int To, int ReceiveCount, int ReceiveType, int From> struct Exchange {

@@ -91,7 +91,7 @@ Real findC(const Call &call)
 
 } // namespace
 
-Real findReal(Binding binding, const Call &call)
+Real findReal(Binding binding, Call call)
 {
     switch (binding) {
     case Binding::C:

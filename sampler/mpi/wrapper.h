@@ -24,7 +24,7 @@ struct Real {
     bool isMpi; // else it is something of the same name that has nothing to do with MPI
 };
 
-Real findReal(Binding binding, const Call &call);
+Real findReal(Binding binding, Call call);
 
 // Of one call and binding: where the real function is known once it was found.
 using Known = std::atomic<Function>;
@@ -76,7 +76,7 @@ template <int Result> bool isSuccess(Word result, const Word *words)
 // A wrapper's body: says what the thread does, and counts if the thread didn't do something else before.
 // `Result` is the number of Fortran's result code.
 template <Binding B, Counts Size, spool::Category Category, class Action, int Result, typename... Words>
-inline __attribute__((always_inline)) Word wrap(Known &known, const Call &call, Words... arguments)
+inline __attribute__((always_inline)) Word wrap(Known &known, Call call, Words... arguments)
 {
     Function function = known.load(std::memory_order_relaxed);
     if (__builtin_expect(function == nullptr, false)) {
@@ -102,7 +102,7 @@ inline __attribute__((always_inline)) Word wrap(Known &known, const Call &call, 
 
 // The same for calls that change what the sampler knows: these count always.
 template <Binding B, class Hook, int Result, typename... Words>
-inline __attribute__((always_inline)) Word wrapAround(Known &known, const Call &call, Words... arguments)
+inline __attribute__((always_inline)) Word wrapAround(Known &known, Call call, Words... arguments)
 {
     Function function = known.load(std::memory_order_relaxed);
     if (__builtin_expect(function == nullptr, false)) {
