@@ -1,13 +1,14 @@
 #include "core/internstringcache.h"
 
-#include <QMutex>
-#include <QMutexLocker>
 #include <QSet>
+
+#include <mutex>
 
 QString InternStringCache::intern(const QString &text)
 {
-    static QMutex mutex;
+    // Not Qt's kind: Qt isn't built with ThreadSanitizer, which couldn't see that it keeps threads apart.
+    static std::mutex mutex;
     static QSet<QString> pool;
-    const QMutexLocker lock(&mutex);
+    const std::lock_guard lock(mutex);
     return *pool.insert(text);
 }
