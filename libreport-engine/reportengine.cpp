@@ -124,6 +124,7 @@ bool ReportEngine::loadPartialFromSource(
     mLoadedPartials[format][name] = source;
     QString failure;
     call(QStringLiteral("registerPartial"), {name, format.toString(), source}, &failure);
+    // cppcheck-suppress knownConditionTrueFalse; call() fills it
     if (failure.isEmpty())
         return true;
     store(error, failure);

@@ -42,7 +42,7 @@ public:
     bool execute(const QByteArray &statements);
     QString errorText() const; // of the last failure
 
-    sqlite3 *handle() const { return mHandle; }
+    sqlite3 *handle() { return mHandle; }
 
 private:
     bool open(const QByteArray &name, int flags);

@@ -47,7 +47,7 @@ PMetricDefinition adviceDefinition(const QString &id, const QString &displayName
 
 PMetricDefinition::List quillon::report::createMetricValues(const ReportDefinition &reportDefinition)
 {
-    const ReportDefinition::Config config = reportDefinition.config();
+    const ReportDefinition::Config &config = reportDefinition.config();
     PMetricDefinition::List result;
     for (const ReportDefinition::MetricDef &def : reportDefinition.getMetricDefinitionList())
         result.append(toDefinition(def, config));

@@ -80,6 +80,7 @@ bool Spool::create(std::uint64_t startNs)
     }
     raw::call(SYS_madvise, mapping, FullSize, MADV_DONTFORK);
     mHeader = reinterpret_cast<spool::Header *>(mapping);
+    // cppcheck-suppress nullPointerArithmeticRedundantCheck; the kernel gives an address or an error
     mBins = reinterpret_cast<spool::Bin *>(mHeader + 1);
     const auto base = reinterpret_cast<std::uintptr_t>(mHeader);
     mCodeBlocks = reinterpret_cast<spool::CodeBlock *>(base + spool::CodeOffset);

@@ -50,6 +50,7 @@ public:
     {
         const std::int64_t sample = floorDivide(timeNs - mFirstBorderNs, mWidthNs);
         const std::int64_t last = mNumSamples - 1;
+        // cppcheck-suppress duplicateExpression; it takes the last sample for the first
         return static_cast<int>(sample < 0 ? 0 : sample > last ? last : sample);
     }
     // For how long a process lived in a sample.

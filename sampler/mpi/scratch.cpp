@@ -38,8 +38,10 @@ unsigned char *Scratch::map(std::size_t size)
         if (room < 0 && room > -4096)
             return nullptr;
         mMapped = reinterpret_cast<void *>(room);
+        // cppcheck-suppress nullPointerRedundantCheck; the kernel gives an address or an error
         *static_cast<std::size_t *>(mMapped) = size + Header;
     }
+    // cppcheck-suppress nullPointerArithmeticRedundantCheck; the kernel gives an address or an error
     return static_cast<unsigned char *>(mMapped) + Header;
 }
 

@@ -43,6 +43,7 @@ void *find(const char *name, const void *caller)
     void *function = dlsym(RTLD_NEXT, name);
     Dl_info info;
     if (function == nullptr && dladdr(caller, &info) != 0 && info.dli_fname != nullptr) {
+        // It stays open, since `functions` keeps what was found.
         if (void *module = dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD))
             function = dlsym(module, name);
     }

@@ -93,6 +93,7 @@ FERN_WRAPPER(int, pthread_create,
     slot->routine = reinterpret_cast<void (*)()>(routine);
     slot->argument = argument;
     const int result = FERN_REAL(pthread_create)(thread, attributes, fern::threads::runThread<void *>, slot);
+    // cppcheck-suppress knownConditionTrueFalse; what the macro calls is unknown to it
     if (result != 0)
         fern::registry::release(*slot);
     return result;
