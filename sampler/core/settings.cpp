@@ -19,7 +19,7 @@ constexpr std::uint64_t DefaultIntervalMs = 20;
 constexpr std::uint64_t MaxIntervalMs = 60000;
 // A rank that isn't sampled, since its node lacks the library for one, never comes: the others must not be
 // kept for long.
-constexpr std::uint64_t DefaultPatienceMs = 60 * 1000;
+constexpr std::uint64_t DefaultPatienceMs = 60'000;
 
 // The number that a variable starts with, `otherwise` if it is unset or starts with something else.
 std::uint64_t numberFromEnvironment(const char *name, std::uint64_t otherwise)
