@@ -42,6 +42,7 @@ void noteInitialised()
 {
     const int size = sizeOf(world());
     noteRank(rankIn(world()), size);
+    noteBeginOfMpi();
     if (settings.mergedSamples != 0 && size > 1)
         census::enter(size, numberFromLauncher(LocalSizes, 0));
 }

@@ -14,6 +14,7 @@
 #include "mpi/handover.h"
 #include "mpi/messages.h"
 
+#include <atomic>
 #include <sys/mman.h>
 #include <time.h>
 
@@ -43,6 +44,9 @@ enum Agreement {
     World, // the job's number
     AgreementCount
 };
+
+// When this rank left MPI_Init, on the clock that counts while the node sleeps and that nobody sets.
+std::atomic<std::uint64_t> begunNs{0};
 
 // What is sent and received outlives a message that doesn't come in time.
 std::int64_t arrivals[ArrivalCount];
@@ -118,10 +122,11 @@ private:
 
 // A rank that doesn't come at all must not keep the others from ending, and one that comes late must not wait
 // for those who have lost patience. Who has lost it can't tell, but how far the arrivals lie apart is the
-// same for everybody; the other half of the patience is for the ways of the messages.
+// same for everybody; the other half of the patience is for the ways of the messages. Nodes' clocks may
+// differ by more than that, so arrivals are counted from the ranks' common way out of MPI_Init.
 bool Merging::haveAllArrived(Spool *spool)
 {
-    const auto now = static_cast<std::int64_t>(raw::clockNs(CLOCK_REALTIME));
+    const auto now = static_cast<std::int64_t>(raw::clockNs(CLOCK_BOOTTIME) - begunNs.load());
     const std::uint64_t limitNs = patienceWithArrivals(spool);
     const std::int64_t place = spool != nullptr ? handover::place(spool->header().hostname) : 0;
     arrivals[Latest] = now;
@@ -299,6 +304,11 @@ bool Merging::write(const spool::Header &header) const
 }
 
 } // namespace
+
+void noteBeginOfMpi()
+{
+    begunNs.store(raw::clockNs(CLOCK_BOOTTIME));
+}
 
 void mergeRanks()
 {
