@@ -4,6 +4,7 @@
 
 #include <errno.h>
 #include <linux/perf_event.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 
 namespace fern {
@@ -137,6 +138,7 @@ long PerfCounters::open(std::uint32_t event, const Thread &thread, std::int32_t 
         = PERF_FORMAT_GROUP | PERF_FORMAT_TOTAL_TIME_ENABLED | PERF_FORMAT_TOTAL_TIME_RUNNING;
     attributes.exclude_kernel = needsKernel(attributes.type, attributes.config) ? 0 : 1;
     attributes.exclude_hv = 1;
+    attributes.disabled = leader == None ? 1 : 0;
     return raw::call(SYS_perf_event_open, raw::address(&attributes), thread.tid, -1,
         leader == None ? -1 : thread.files[leader], PERF_FLAG_FD_CLOEXEC);
 }
@@ -187,6 +189,11 @@ bool PerfCounters::openAll(Thread &thread)
             event.leader = leader == None ? self : leader;
             event.state = spool::SourceRead;
         }
+    }
+    // What joins a group that counts already may have to wait for the thread's next turn on a processor.
+    for (std::uint32_t i = 0; i < mCount; ++i) {
+        if (mEvents[i].leader == static_cast<std::int32_t>(i) && thread.files[i] >= 0)
+            raw::call(SYS_ioctl, thread.files[i], PERF_EVENT_IOC_ENABLE, 0);
     }
     return true;
 }
