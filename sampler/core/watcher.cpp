@@ -36,6 +36,7 @@ void Watcher::reset(std::uint64_t startNs, std::uint64_t startMonotonicNs)
     mStartNs = mLookNs = mHitsNs = mFiguresNs = mPowerNs = startNs;
     mStartMonotonicNs = startMonotonicNs;
     mEarlierCpuNs = 0;
+    mSwitches = 0;
     mTicks = mTicksMissed = 0;
     mHasBegun = false;
     mHasLookedForGpus = false;
@@ -223,6 +224,11 @@ void Watcher::readFigures(std::uint64_t timeNs)
     mCounted = counted;
     mFiguresNs = timeNs;
     mPerfCounters.read(mSpool, fromNs, timeNs);
+    if (!mSandbox.isTighter()) {
+        const std::uint64_t switches = process::switchesOfThreads();
+        mProgramCounters.pace(switches - mSwitches);
+        mSwitches = switches;
+    }
 
     if (const std::uint64_t resident = mProcess.residentBytes())
         mSpool.addReading(spool::FigureRss, fromNs, timeNs, static_cast<double>(resident));

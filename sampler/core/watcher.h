@@ -73,6 +73,7 @@ private:
     KernelView mKernelView;
     PerfCounters mPerfCounters;
     process::Counters mCounted{}; // at mFiguresNs
+    std::uint64_t mSwitches = 0; // between threads, from the process's start
     std::uint64_t mStartNs = 0; // CLOCK_REALTIME
     std::uint64_t mStartMonotonicNs = 0;
     std::uint64_t mLookNs = 0; // time of the last look

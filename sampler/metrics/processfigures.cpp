@@ -4,6 +4,7 @@
 #include "core/text.h"
 #include "core/threadregistry.h"
 
+#include <sys/resource.h>
 #include <time.h>
 
 namespace fern::process {
@@ -26,6 +27,13 @@ std::uint64_t counterLine(const char *text, const char *label)
 std::uint64_t ownCpuNs()
 {
     return raw::clockNs(CLOCK_THREAD_CPUTIME_ID);
+}
+
+std::uint64_t switchesOfThreads()
+{
+    rusage usage{};
+    raw::call(SYS_getrusage, RUSAGE_SELF, raw::address(&usage));
+    return static_cast<std::uint64_t>(usage.ru_nvcsw) + static_cast<std::uint64_t>(usage.ru_nivcsw);
 }
 
 void Figures::open()

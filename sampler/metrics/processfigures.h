@@ -21,6 +21,9 @@ struct Counters {
 // CPU time of the calling thread, the sampling one.
 std::uint64_t ownCpuNs();
 
+// How often a processor went from one of the process's threads to another thread, ended threads included.
+std::uint64_t switchesOfThreads();
+
 class Figures {
 public:
     void open();

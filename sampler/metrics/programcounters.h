@@ -27,6 +27,11 @@ public:
     void look(Spool &spool, Sandbox &sandbox, std::uint32_t slot, std::int32_t tid, std::uint32_t category,
         bool works, std::uint64_t timeNs);
 
+    // To be called in even intervals with the number of times that the processors went from one thread of the
+    // process to another meanwhile. Who is watched takes longer for that: where it happens often, the kernel
+    // watches in every second interval only, or in one of more, up to one of twenty.
+    void pace(std::uint64_t switches);
+
 private:
     struct Ring {
         std::int32_t tid; // of the watched thread; 0 for none
@@ -37,12 +42,15 @@ private:
 
     void watch(Spool &spool, Ring &ring, std::int32_t tid, bool isAllowed);
     void leave(Ring &ring);
+    void setResting(bool rests);
     void empty(Spool &spool, Ring &ring, std::uint32_t category, std::uint64_t timeNs);
     bool hasCode(Spool &spool, std::uint64_t address);
     bool hasBlock(Spool &spool, std::uint64_t address);
 
     Ring mRings[MaxThreads] = {}; // by slot
     std::uint32_t mUsedRings = 0;
+    std::uint32_t mRested = 0; // intervals since the kernel watched
+    bool mRests = false;
     std::uint64_t mBlockAddresses[IndexSize] = {}; // hashed; 0 for a free place
     int mMemory = -1; // the process's memory as a file
 };

@@ -1,6 +1,7 @@
 // The instruction mix that a profile shows is that of the program's listing.
 
 #include "job.h"
+#include "spoolfile.h"
 
 #include "profile/profilerdata.h"
 #include "profile/spoolmerger.h"
@@ -100,6 +101,28 @@ TEST(ProgramCounters, ThatAreRefusedLeaveAReason)
     const ProfilerData profile = profileOf(folder);
     EXPECT_TRUE(firstReason(profile).startsWith("Requires permission")) << qPrintable(firstReason(profile));
     EXPECT_FALSE(profile.getMetricOrEmpty(METRIC_INSTR_INT).isDefined());
+}
+
+// Each switch of a thread that is watched costs the program time.
+TEST(ProgramCounters, AreFewerWhileThreadsAreSwitchedOften)
+{
+    if (const std::string refusal = refusalOfTheKernel(); !refusal.empty())
+        GTEST_SKIP() << "the kernel refuses program counters: " << refusal;
+    constexpr double PerSecond = 250;
+    const auto programCounters = [](const char *crowded, const char *calm, double *computed) {
+        const Folder folder;
+        const Outcome outcome = run({client("switches"), crowded, calm}, samplingInto(folder.path()));
+        EXPECT_EQ(outcome.status, 0) << outcome;
+        *computed = numbersIn(outcome.output)["computed"];
+        const std::vector<SpoolFile> spools = spoolsOf("client-switches", folder.path());
+        EXPECT_EQ(spools.size(), 1U);
+        return spools.empty() ? 0U : spools.front().header().programCounterCount;
+    };
+    double computed = 0;
+    const std::uint32_t crowded = programCounters("2", "0", &computed);
+    EXPECT_LT(crowded, PerSecond * computed * 0.5);
+    const std::uint32_t calmLater = programCounters("1", "1.5", &computed);
+    EXPECT_GT(calmLater, PerSecond * 1.5 * 0.5) << "as many as ever afterwards";
 }
 
 TEST(ProgramCounters, ArentAskedForInAProgramThatShutItselfIn)
