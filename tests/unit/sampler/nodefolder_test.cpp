@@ -55,7 +55,7 @@ protected:
     void SetUp() override
     {
         fs::create_directory(temporary());
-        fs::create_directory(mFolder.path() + "/work");
+        fs::create_directory(mFolder.path() + "/begun");
         fs::create_directory(elsewhere());
     }
     // Keepers don't outlive the test.
@@ -65,7 +65,7 @@ protected:
     }
 
     std::string temporary() const { return mFolder.path() + "/tmp"; }
-    std::string gather() const { return mFolder.path() + "/work/.fern-abcdef"; }
+    std::string gather() const { return mFolder.path() + "/begun/.fern-abcdef"; }
     std::string elsewhere() const { return mFolder.path() + "/elsewhere"; }
     std::string ofNode() const { return temporary() + "/fern-abcdef-" + nodeName(); }
     // As the host does when it sees it.
