@@ -89,7 +89,7 @@ std::uint64_t momentInTick(std::uint64_t tickNs, std::uint64_t &state)
 
 void sampleUntilStopped()
 {
-    const std::uint64_t tickNs = watcher.tickNs();
+    std::uint64_t tickNs = watcher.tickNs();
     std::uint64_t houseNs = raw::clockNs(CLOCK_MONOTONIC);
     std::uint64_t random = houseNs | 1;
     // The first tick passes without a look: most processes of a shell script live no longer.
@@ -108,6 +108,7 @@ void sampleUntilStopped()
         const std::uint64_t passed = now >= tick + tickNs ? (now - tick) / tickNs : 1;
         watcher.missTicks(passed - 1);
         tick += passed * tickNs;
+        tickNs = watcher.tickNs();
         if (now - houseNs >= NsPerSecond) {
             houseNs = now;
             if (!keepHouse())

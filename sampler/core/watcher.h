@@ -24,8 +24,8 @@ public:
 
     // At a sampling thread's start: opens what it reads. The first time this is the counters' zero.
     void begin();
-    // One look at all threads, and at the figures if it is time; `monotonicNs` is now. The first look
-    // makes the spool. False if there can't be one.
+    // One look at the main thread, and at all threads and at the figures if it is time; `monotonicNs` is now.
+    // The first look makes the spool. False if there can't be one.
     bool look(std::uint64_t monotonicNs);
     // The last look of a sampling thread. Without a spool so far, one is made if `wantsSpool`.
     void finish(bool wantsSpool);
@@ -36,7 +36,7 @@ public:
     Spool *spool() { return mSpool.isMapped() ? &mSpool : nullptr; }
     std::uint64_t timeNs() const;
 
-    // How often to look, in nanoseconds.
+    // How long to the next look, in nanoseconds; asked after each.
     std::uint64_t tickNs() const;
 
 private:
@@ -52,12 +52,31 @@ private:
         std::uint32_t activeHits;
     };
 
+    // Up to where the time of threads is accounted for.
+    struct Accounted {
+        std::uint64_t lookNs; // the last look
+        std::uint64_t hitsNs; // up to which time is counted in hits
+    };
+    // What a look stands for.
+    struct Stretch {
+        std::uint64_t passedNs;
+        std::uint32_t hits;
+    };
+    // What a thread was found doing.
+    struct Found {
+        std::uint32_t category;
+        std::uint32_t activeHits;
+        bool works;
+    };
+
     std::uint64_t realTime(std::uint64_t monotonicNs) const;
     bool createSpool();
     Passed cpuTimeOf(std::uint32_t index, std::int32_t tid);
     KernelView::Answer askKernel(std::uint32_t index, std::int32_t tid);
-    std::uint32_t hitsUntil(std::uint64_t timeNs);
-    void lookAtThreads(std::uint64_t timeNs);
+    static Stretch account(Accounted &accounted, std::uint64_t timeNs);
+    Found lookAt(std::uint32_t index, std::int32_t tid, const Stretch &stretch, std::uint64_t timeNs);
+    void lookAtOthers(spool::Bin &bin, std::uint64_t timeNs);
+    void lookAtMain(spool::Bin &bin, std::uint64_t timeNs);
     void readFigures(std::uint64_t timeNs);
     void readSensors(std::uint64_t timeNs);
     void updateHeader(std::uint64_t timeNs);
@@ -76,8 +95,11 @@ private:
     std::uint64_t mSwitches = 0; // between threads, from the process's start
     std::uint64_t mStartNs = 0; // CLOCK_REALTIME
     std::uint64_t mStartMonotonicNs = 0;
-    std::uint64_t mLookNs = 0; // time of the last look
-    std::uint64_t mHitsNs = 0; // up to which time is counted in hits
+    Accounted mMain{}; // the main thread
+    Accounted mOthers{};
+    bool mOthersWork = false; // at the last look at them
+    std::uint32_t mMainCalls = 0; // through wrappers, at mFiguresNs
+    bool mIsQuick = false; // whether the main thread is looked at between looks at all
     std::uint64_t mFiguresNs = 0; // time of the last reading
     std::uint64_t mPowerNs = 0; // likewise, of the sensors
     std::uint64_t mEarlierCpuNs = 0; // of earlier sampling threads of this process

@@ -67,6 +67,22 @@ TEST(Shares, AMainThreadWithoutOthersIsAlone)
     EXPECT_EQ(sum(total.mainAloneHits), sum(total.mainHits));
 }
 
+// Of a main thread that goes on without a call there is less to see than of one that makes many.
+TEST(Shares, AThreadThatMakesCallsIsLookedAtMoreOften)
+{
+    const auto looksPerSecond = [](MeasuredRun &&run) {
+        const spool::Header &header = run.spool.header();
+        return static_cast<double>(header.ticks + header.ticksMissed) * 1e9
+            / static_cast<double>(header.lastNs - header.startNs);
+    };
+    const double computing = looksPerSecond(MeasuredRun({"1.5", "0", "0", "0"}));
+    EXPECT_GE(computing, 90.0);
+    EXPECT_LE(computing, 180.0); // it makes its file first
+    const double writing = looksPerSecond(MeasuredRun({"0", "1.5", "0", "0"}));
+    EXPECT_GE(writing, 200.0);
+    EXPECT_LE(writing, 270.0);
+}
+
 TEST(Shares, BytesAndCpuTimeAreThoseOfTheProgramAlone)
 {
     MeasuredRun run({"0.5", "0.4", "0.4", "0.3"});
