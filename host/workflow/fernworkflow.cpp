@@ -170,6 +170,7 @@ int FERNWorkflow::launchAndExplore()
     endStage(tr("reading the definitions, before the job"));
 
     GatherFolder gather(workFolder.path());
+    workFolder.takeAlong(gather.path());
     const SpoolFolders folders{spoolFolder, gather.path()};
     PowerCommand power(mConfig.fernConfig().getPowerCommand());
     int exitStatus = ExitFailure;

@@ -12,6 +12,7 @@
 namespace {
 
 const char LockName[] = "/tool.lock";
+const char NoteName[] = "/taken-along";
 
 // The job inherits no descriptor, and so no lock: a program may count its descriptors.
 int openAndLock(const QByteArray &path, int flags)
@@ -93,6 +94,13 @@ WorkFolder::~WorkFolder()
         ::close(mLock);
 }
 
+void WorkFolder::takeAlong(const QString &folder) const
+{
+    QFile note(path() + QLatin1String(NoteName));
+    if (note.open(QIODevice::WriteOnly))
+        note.write(QFile::encodeName(folder));
+}
+
 void removeAbandonedWorkFolders(const QString &temporary)
 {
     const QStringList folders
@@ -104,8 +112,12 @@ void removeAbandonedWorkFolders(const QString &temporary)
         if (lock < 0)
             continue;
         // Locks of other nodes may not be seen here.
-        if (contents(folder + QLatin1String(LockName)) == thisNode() && !isInUse(path + '/'))
+        if (contents(folder + QLatin1String(LockName)) == thisNode() && !isInUse(path + '/')) {
+            const QByteArray along = contents(folder + QLatin1String(NoteName));
+            if (isPrivateFolder(along))
+                QDir(QFile::decodeName(along)).removeRecursively();
             QDir(folder).removeRecursively();
+        }
         ::close(lock);
     }
 }

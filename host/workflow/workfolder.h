@@ -10,8 +10,8 @@
 // the usual place for temporary files can't be used.
 //
 // A tool that is killed leaves its folder behind. Whoever makes the next one for the same user on this node
-// removes it, once no process of the job is left on this node. A folder belongs to a living tool as long as
-// its file "tool.lock" is locked.
+// removes it, once no process of the job is left on this node, and with it the folder elsewhere that it
+// names. A folder belongs to a living tool as long as its file "tool.lock" is locked.
 class WorkFolder {
 public:
     WorkFolder();
@@ -19,6 +19,8 @@ public:
 
     bool isValid() const { return mFolder->isValid(); }
     QString path() const { return mFolder->path(); }
+    // Notes a private folder, which need not be there, that goes with this one if the tool is killed.
+    void takeAlong(const QString &folder) const;
     QString filePath(const QString &name) const { return mFolder->filePath(name); }
 
 private:

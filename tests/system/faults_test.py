@@ -115,11 +115,16 @@ class Faults(SystemTest):
         tool = self.start_waiting_job()
         left = self.work_folders()
         self.assertEqual(len(left), 1)
+        # As nodes that don't have the folder would.
+        gathered = self.folder / f".{left[0]}"
+        gathered.mkdir(mode=0o700)
+        (gathered / "1.spool").touch()
         tool.send_signal(signal.SIGKILL)
         self.assertEqual(tool.wait(10), -signal.SIGKILL)
         # The job still runs.
         self.assertExit(self.quillon_report("-q", "-o", "y.json", "sleep", "0.2"), 0)
         self.assertEqual(self.work_folders(), left)
+        self.assertTrue(gathered.exists())
         (self.folder / "end").touch()
         self.assertEqual(tool.stdout.read(), b"over\n")
         for _ in range(100):
@@ -127,6 +132,7 @@ class Faults(SystemTest):
             if not self.work_folders():
                 break
         self.assertEqual(self.work_folders(), [])
+        self.assertFalse(gathered.exists())
 
     def test_folder_of_a_living_tool_stays(self):
         tool = self.start_waiting_job()
