@@ -184,7 +184,7 @@ Watcher::Found Watcher::lookAt(
     bool works = passed.cpuNs * WorkPart >= stretch.passedNs;
     std::uint32_t category = registry::categoryOf(registry::slots[index]);
     if (timeNs - mStartNs >= ShortLifeNs) {
-        mProgramCounters.look(mSpool, mSandbox, index, tid, category, works, timeNs);
+        mProgramCounters.look(mSpool, mSandbox, {index, tid, category, works, mSeen[index].cpuNs, timeNs});
         mPerfCounters.look(mSandbox, index, tid, works);
     }
     // No wrapper sees what it does, and for a part of the time it didn't compute: it waits in a call of
@@ -248,7 +248,8 @@ void Watcher::readFigures(std::uint64_t timeNs)
     add(spool::FigureMpiPointToPointBytes, &process::Counters::mpiPointToPointBytes);
     spool::Header &header = mSpool.header();
     header.wrappedCalls += static_cast<std::uint32_t>(counted.wrappedCalls - mCounted.wrappedCalls);
-    header.processCpuNs += counted.cpuNs > mCounted.cpuNs ? counted.cpuNs - mCounted.cpuNs : 0;
+    const std::uint64_t cpuNs = counted.cpuNs > mCounted.cpuNs ? counted.cpuNs - mCounted.cpuNs : 0;
+    header.processCpuNs += cpuNs;
     const std::uint32_t mainCalls = registry::slots[MainIndex].calls.load(std::memory_order_relaxed);
     // From one call to the next there is nothing to tell apart.
     mIsQuick = mainCalls != mMainCalls && timeNs - mStartNs < QuickForNs;
@@ -258,7 +259,8 @@ void Watcher::readFigures(std::uint64_t timeNs)
     mPerfCounters.read(mSpool, fromNs, timeNs);
     if (!mSandbox.isTighter()) {
         const std::uint64_t switches = process::switchesOfThreads();
-        mProgramCounters.pace(switches - mSwitches);
+        const std::uint64_t passedNs = timeNs - fromNs;
+        mProgramCounters.pace(switches - mSwitches, cpuNs > passedNs ? cpuNs : passedNs);
         mSwitches = switches;
     }
 

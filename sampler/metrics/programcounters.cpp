@@ -24,12 +24,15 @@ struct Sample {
 };
 static_assert(sizeof(Sample) == 16);
 
-// The kernel stops and starts a timer at each switch of a thread that it watches, 3 microseconds in all. With
-// 150 of them in an interval of 100 ms that is half a percent of a processor.
-constexpr std::uint64_t FreeSwitches = 150;
-constexpr std::uint32_t MaxRest = 19;
+// The kernel stops and starts a timer at each switch of a thread that it watches, 3 microseconds in all. One
+// switch in this time makes half a percent.
+constexpr std::uint64_t NsPerFreeSwitch = 600'000;
+constexpr std::uint32_t MaxParts = 32;
+// The CPU time for which a thread is watched when its turn has come: the first period begins anew each time,
+// so there are some.
+constexpr std::uint64_t TurnNs = 10 * PeriodNs;
 
-long openEvent(std::int32_t tid, bool isDisabled)
+long openEvent(std::int32_t tid)
 {
     perf_event_attr attributes{};
     attributes.size = sizeof(attributes);
@@ -39,7 +42,6 @@ long openEvent(std::int32_t tid, bool isDisabled)
     attributes.sample_type = PERF_SAMPLE_IP;
     attributes.exclude_kernel = 1;
     attributes.exclude_hv = 1;
-    attributes.disabled = isDisabled ? 1 : 0;
     // Nobody waits for the ring: it is emptied long before it is full.
     attributes.watermark = 1;
     attributes.wakeup_watermark = ~std::uint32_t(0);
@@ -85,27 +87,24 @@ void ProgramCounters::forget()
     for (std::uint64_t &address : mBlockAddresses)
         address = 0;
     mMemory = -1;
-    mRests = false;
-    mRested = 0;
+    mParts = 1;
 }
 
-void ProgramCounters::pace(std::uint64_t switches)
+void ProgramCounters::pace(std::uint64_t switches, std::uint64_t spanNs)
 {
-    const std::uint64_t intervals = switches / FreeSwitches;
-    const auto rest = static_cast<std::uint32_t>(intervals < MaxRest ? intervals : MaxRest);
-    const bool rests = mRested < rest;
-    mRested = rests ? mRested + 1 : 0;
-    if (rests != mRests)
-        setResting(rests);
+    std::uint32_t parts = 1;
+    while (parts < MaxParts && switches * NsPerFreeSwitch > parts * spanNs)
+        parts *= 2;
+    // Rings are closed at once, but opened again step by step: a program with bursts pays for few.
+    mParts = parts > mParts / 2 ? parts : mParts / 2;
 }
 
-void ProgramCounters::setResting(bool rests)
+// Threads take turns by their own CPU time and not all at the same time. Who has a turn with many parts has
+// one with fewer, too.
+bool ProgramCounters::hasTurn(const Look &look) const
 {
-    mRests = rests;
-    for (std::uint32_t i = 0; i < mUsedRings; ++i) {
-        if (mRings[i].page != nullptr)
-            raw::call(SYS_ioctl, mRings[i].event, rests ? PERF_EVENT_IOC_DISABLE : PERF_EVENT_IOC_ENABLE, 0);
-    }
+    const std::uint64_t turn = look.cpuNs / TurnNs + static_cast<std::uint64_t>(look.tid);
+    return turn % mParts == 0;
 }
 
 void ProgramCounters::watch(Spool &spool, Ring &ring, std::int32_t tid, bool isAllowed)
@@ -113,7 +112,7 @@ void ProgramCounters::watch(Spool &spool, Ring &ring, std::int32_t tid, bool isA
     ring = {tid, -1, nullptr};
     if (isAllowed && mMemory < 0)
         mMemory = raw::open("/proc/self/mem");
-    const long event = isAllowed ? openEvent(tid, mRests) : -EPERM;
+    const long event = isAllowed ? openEvent(tid) : -EPERM;
     if (event < 0) {
         spool.header().sourceStates[spool::SourceProgramCounters] = stateOf(event);
         return;
@@ -138,21 +137,25 @@ void ProgramCounters::leave(Ring &ring)
     ring = Ring{};
 }
 
-void ProgramCounters::look(Spool &spool, Sandbox &sandbox, std::uint32_t slot, std::int32_t tid,
-    std::uint32_t category, bool works, std::uint64_t timeNs)
+void ProgramCounters::look(Spool &spool, Sandbox &sandbox, const Look &look)
 {
-    Ring &ring = mRings[slot];
-    if (ring.tid == tid) {
-        if (ring.page != nullptr)
-            empty(spool, ring, category, timeNs);
+    Ring &ring = mRings[look.slot];
+    if (ring.tid == look.tid) {
+        if (ring.page == nullptr)
+            return;
+        empty(spool, ring, look.category, look.timeNs);
+        // An event at rest would do, but the kernel has work with it at each switch. A program that has shut
+        // itself in would get no other one.
+        if (!hasTurn(look) && !sandbox.isTighter())
+            leave(ring);
         return;
     }
     leave(ring);
-    if (!works)
+    if (!look.works || !hasTurn(look))
         return;
-    watch(spool, ring, tid, !sandbox.isTighter());
-    if (slot >= mUsedRings)
-        mUsedRings = slot + 1;
+    watch(spool, ring, look.tid, !sandbox.isTighter());
+    if (look.slot >= mUsedRings)
+        mUsedRings = look.slot + 1;
 }
 
 void ProgramCounters::empty(Spool &spool, Ring &ring, std::uint32_t category, std::uint64_t timeNs)

@@ -22,15 +22,24 @@ public:
     // In a forked child: the rings aren't there. Everything begins anew.
     void forget();
 
-    // One look at the thread in a slot, which is doing `category`. The first time that it `works` the
-    // kernel is asked to watch it.
-    void look(Spool &spool, Sandbox &sandbox, std::uint32_t slot, std::int32_t tid, std::uint32_t category,
-        bool works, std::uint64_t timeNs);
+    // A thread as a look sees it: the one in a slot, which is doing `category`, and works or only wakes up to
+    // look around, with the CPU time that it has used since it began.
+    struct Look {
+        std::uint32_t slot;
+        std::int32_t tid;
+        std::uint32_t category;
+        bool works;
+        std::uint64_t cpuNs;
+        std::uint64_t timeNs;
+    };
+    // When it first works the kernel is asked to watch it.
+    void look(Spool &spool, Sandbox &sandbox, const Look &look);
 
-    // To be called in even intervals with the number of times that the processors went from one thread of the
-    // process to another meanwhile. Who is watched takes longer for that: where it happens often, the kernel
-    // watches in every second interval only, or in one of more, up to one of twenty.
-    void pace(std::uint64_t switches);
+    // To be called ten times a second with the number of times that the processors went from one thread of
+    // the process to another meanwhile, and how long that was, or the CPU time of all threads if that is
+    // more. Who is watched takes longer for a switch: where there are many, the kernel watches each thread
+    // for one half of its CPU time, or a quarter, down to one part of 32.
+    void pace(std::uint64_t switches, std::uint64_t spanNs);
 
 private:
     struct Ring {
@@ -42,15 +51,14 @@ private:
 
     void watch(Spool &spool, Ring &ring, std::int32_t tid, bool isAllowed);
     void leave(Ring &ring);
-    void setResting(bool rests);
+    bool hasTurn(const Look &look) const;
     void empty(Spool &spool, Ring &ring, std::uint32_t category, std::uint64_t timeNs);
     bool hasCode(Spool &spool, std::uint64_t address);
     bool hasBlock(Spool &spool, std::uint64_t address);
 
     Ring mRings[MaxThreads] = {}; // by slot
     std::uint32_t mUsedRings = 0;
-    std::uint32_t mRested = 0; // intervals since the kernel watched
-    bool mRests = false;
+    std::uint32_t mParts = 1; // of a thread's CPU time, of which one is watched; a power of two
     std::uint64_t mBlockAddresses[IndexSize] = {}; // hashed; 0 for a free place
     int mMemory = -1; // the process's memory as a file
 };

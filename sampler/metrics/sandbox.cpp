@@ -12,6 +12,8 @@ void Sandbox::begin()
 
 bool Sandbox::isTighter()
 {
+    if (mIsTighter)
+        return true;
     const char *text = mStatus.read();
     const char *value = text != nullptr ? afterLabel(text, "Seccomp_filters:") : nullptr;
     if (value == nullptr && text != nullptr)
@@ -20,7 +22,8 @@ bool Sandbox::isTighter()
     if (!mKnowsFilters)
         mFilters = filters;
     mKnowsFilters = true;
-    return filters > mFilters;
+    mIsTighter = filters > mFilters;
+    return mIsTighter;
 }
 
 } // namespace fern

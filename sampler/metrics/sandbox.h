@@ -20,6 +20,7 @@ private:
     ProcFile mStatus;
     std::uint64_t mFilters = 0; // when sampling began
     bool mKnowsFilters = false;
+    bool mIsTighter = false; // for good
 };
 
 } // namespace fern
