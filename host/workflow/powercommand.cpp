@@ -21,7 +21,7 @@
 namespace {
 
 constexpr int BetweenMs = 1000;
-constexpr int PatienceMs = 5000;
+constexpr std::chrono::seconds Patience(5);
 constexpr int StepMs = 50;
 constexpr int LongestAnswer = 256;
 
@@ -133,7 +133,9 @@ bool PowerCommand::ask(QByteArray *answer, QString *complaint)
     }
     bool isComplete = false;
     bool isStopped = false;
-    for (int waited = 0; waited < PatienceMs && !isComplete && !isStopped; waited += StepMs) {
+    // By the clock: a step may take longer on a busy machine, and less where an answer comes in pieces.
+    const auto end = std::chrono::steady_clock::now() + Patience;
+    while (std::chrono::steady_clock::now() < end && !isComplete && !isStopped) {
         pollfd output{ends[0], POLLIN, 0};
         if (::poll(&output, 1, StepMs) > 0) {
             char text[LongestAnswer];

@@ -3,6 +3,7 @@
 import pathlib
 import sqlite3
 import subprocess
+import sys
 import unittest
 
 from harness import CLIENT, FERN, QUILLON_REPORT, SystemTest
@@ -197,11 +198,21 @@ class Options(SystemTest):
                 self.assertEqual(self.power("x.fern"), [])
                 self.assertEqual(self.errors("x.fern", "system_power"), [(reason,)])
         self.configure("[power]\ncommand=sleep 60\n")
-        self.assertExit(self.fern("-o", "x.fern", CLIENT, "sleep", "5.5"), 0)
+        self.assertExit(self.fern("-o", "x.fern", CLIENT, "sleep", "6.5"), 0)
         self.assertEqual(
             self.errors("x.fern", "system_power"),
             [("Requires a command that answers within five seconds: 'sleep 60' did not.",)],
         )
+
+        # An answer in many pieces has five seconds, too.
+        pieces = self.root / "pieces.py"
+        pieces.write_text(
+            "import os, time\nfor i in range(120):\n    os.write(1, b'0')\n    time.sleep(0.004)\nos.write(1, b'7')\n"
+        )
+        self.configure(f"[power]\ncommand={sys.executable} {pieces}\n")
+        self.assertExit(self.fern("-o", "x.fern", CLIENT, "sleep", "3.5"), 0)
+        self.assertEqual(self.errors("x.fern", "system_power"), [])
+        self.assertEqual(self.power("x.fern"), [(7.0, 7.0)])
 
     def test_job_that_is_started_by_hand(self):
         tool = subprocess.Popen(
