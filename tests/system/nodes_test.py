@@ -180,7 +180,8 @@ class SeveralNodes(SystemTest):
         )
         self.assertExit(result, 0)
         differences = self.differences(profile)
-        self.assertGreaterEqual(len(differences), 6)
+        # On a busy machine a phase may pass without a look at both ranks.
+        self.assertGreaterEqual(len(differences), 4)
         return statistics.median(differences)
 
     @staticmethod
