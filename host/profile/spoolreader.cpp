@@ -29,6 +29,19 @@ int countOrZero(std::int32_t count)
     return std::max(count, 0);
 }
 
+// A spool has its first letters last of all, when the rest of its header is there. A process may be killed
+// before.
+bool isUnborn(const Header &header)
+{
+    return std::all_of(
+        std::begin(header.magic), std::end(header.magic), [](char letter) { return letter == '\0'; });
+}
+
+bool failUnseen(QString *reason)
+{
+    return fail(reason, "the process ended before it was looked at");
+}
+
 bool readHeader(const QString &path, Header *header, qint64 *fileSize, QString *reason)
 {
     if (!QFileInfo(path).isFile()) {
@@ -40,6 +53,9 @@ bool readHeader(const QString &path, Header *header, qint64 *fileSize, QString *
         return false;
     }
     *fileSize = file.size();
+    if (*fileSize == 0) {
+        return failUnseen(reason);
+    }
     if (file.read(reinterpret_cast<char *>(header), sizeof(Header)) != qint64(sizeof(Header))) {
         return fail(reason, "too short to be a spool");
     }
@@ -65,6 +81,9 @@ bool checkCode(const Header &header, qint64 fileSize, QString *reason)
 
 bool checkFormat(const Header &header, qint64 fileSize, QString *reason)
 {
+    if (isUnborn(header)) {
+        return failUnseen(reason);
+    }
     if (std::memcmp(header.magic, fern::spool::Magic, sizeof(header.magic)) != 0) {
         return fail(reason, "not a spool");
     }
@@ -74,7 +93,7 @@ bool checkFormat(const Header &header, qint64 fileSize, QString *reason)
         return fail(reason, "written by a sampler of another version");
     }
     if (header.binCount == 0) {
-        return fail(reason, "the process ended before it was looked at");
+        return failUnseen(reason);
     }
     if (header.binCapacity > fern::spool::MaxBins || header.binCount > header.binCapacity) {
         return fail(reason, "damaged: more bins than there is room for");

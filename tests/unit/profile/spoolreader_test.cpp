@@ -35,7 +35,8 @@ QByteArray changed(const std::function<void(fern::spool::Header &)> &change)
 using fern::spool::Header;
 
 const BadSpool BadSpools[] = {
-    {"Empty", [] { return QByteArray(); }, "too short to be a spool"},
+    {"Empty", [] { return QByteArray(); }, "the process ended before it was looked at"},
+    {"RoomForASpool", [] { return QByteArray(20000, '\0'); }, "the process ended before it was looked at"},
     {"Text", [] { return QByteArray(10000, 'x'); }, "not a spool"},
     {"PartOfTheHeader", [] { return soundSpool().bytes().left(200); }, "too short to be a spool"},
     {"HeaderWithoutBins", [] { return soundSpool().bytes().left(sizeof(Header)); }, "truncated"},
