@@ -45,12 +45,15 @@ private:
 TEST(Guest, AForkedChildThatLivesOnHasASpoolOfItsOwn)
 {
     const Visit visit("fork");
-    // The fifty that end at once leave nothing.
-    ASSERT_EQ(visit.spools.size(), 2U);
-    EXPECT_EQ(visit.spools[1].header().parentPid, visit.spools[0].header().pid);
-    EXPECT_TRUE(visit.spools[0].has(spool::FlagEnded));
-    EXPECT_TRUE(visit.spools[1].has(spool::FlagEnded));
-    EXPECT_GE(percent(visit.spools[1].total().mainHits, spool::Compute), 90.0);
+    ASSERT_GE(visit.spools.size(), 2U);
+    for (const SpoolFile &spool : visit.spools)
+        EXPECT_TRUE(spool.has(spool::FlagEnded));
+    // The fifty that end at once leave nothing, if they do: a child may have to wait for a processor first.
+    for (std::size_t i = 1; i + 1 < visit.spools.size(); ++i)
+        EXPECT_GE(visit.spools[i].header().lastNs - visit.spools[i].header().startNs, 10'000'000);
+    const SpoolFile &child = visit.spools.back();
+    EXPECT_EQ(child.header().parentPid, visit.first().header().pid);
+    EXPECT_GE(percent(child.total().mainHits, spool::Compute), 90.0);
 }
 
 TEST(Guest, VforkAndExecInItsChild)
@@ -86,9 +89,9 @@ TEST(Guest, AFailedExecGoesOnBeingSampled)
     EXPECT_FALSE(visit.first().has(spool::FlagExec));
     EXPECT_TRUE(visit.first().has(spool::FlagEnded));
     const spool::Header &header = visit.first().header();
-    // Looks every 10 ms: half the time would be missing had it stopped.
+    // Looks every 10 ms: all but a tenth of the time would be missing had it stopped.
     EXPECT_GE(static_cast<double>(header.ticks + header.ticksMissed),
-        0.6 * static_cast<double>(header.lastNs - header.startNs) / 1e7);
+        0.3 * static_cast<double>(header.lastNs - header.startNs) / 1e7);
 }
 
 TEST(Guest, ThreadsAreSampled)
@@ -134,7 +137,8 @@ TEST(Guest, WaitsThatNoWrapperSeesAreThoseThatTheKernelTellsOf)
     EXPECT_NEAR(percent(total.otherHits, spool::PthreadSync), 100 * seconds["futex"] / whole, 8.0);
     EXPECT_NEAR(percent(total.otherHits, spool::Sleep), 100 * seconds["poll"] / whole, 8.0);
     EXPECT_NEAR(percent(total.otherHits, spool::PthreadCompute), 100 * seconds["compute"] / whole, 8.0);
-    EXPECT_GE(percent(total.mainHits, spool::PthreadSync), 90.0);
+    EXPECT_NEAR(
+        percent(total.mainHits, spool::PthreadSync), 100 * seconds["main.wait"] / seconds["main"], 8.0);
 }
 
 TEST(Guest, ALibraryThatIsPreloadedBeforeIsNamed)

@@ -13,6 +13,14 @@ const spool::Header &SpoolFile::header() const
                                                 : none;
 }
 
+bool SpoolFile::isUnborn() const
+{
+    if (!text.empty() && text.size() < sizeof(spool::Header))
+        return false;
+    const auto &magic = header().magic;
+    return std::all_of(std::begin(magic), std::end(magic), [](char letter) { return letter == '\0'; });
+}
+
 std::string SpoolFile::complaint() const
 {
     const spool::Header &head = header();
@@ -91,4 +99,10 @@ double percent(const Hits &hits, spool::Category category)
 {
     const std::uint64_t all = sum(hits);
     return all != 0 ? 100.0 * hits[category] / static_cast<double>(all) : 0.0;
+}
+
+double percentMissed(const spool::Header &header)
+{
+    const auto missed = static_cast<double>(header.ticksMissed);
+    return missed > 0.0 ? 100.0 * missed / (missed + static_cast<double>(header.ticks)) : 0.0;
 }

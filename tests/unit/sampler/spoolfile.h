@@ -16,6 +16,9 @@ struct SpoolFile {
     const spool::Header &header() const;
     // Nothing if the file is no spool, or contradicts itself: a sentence that says so otherwise.
     std::string complaint() const;
+    // Whether its process ended while it made the file: the header is filled in first, and then its first
+    // letters.
+    bool isUnborn() const;
     // All bins added up.
     spool::Bin total() const;
 
@@ -32,5 +35,8 @@ using Hits = std::uint32_t[spool::CategoryCount];
 std::uint64_t sum(const Hits &hits);
 // Percent of all hits.
 double percent(const Hits &hits, spool::Category category);
+// Percent of its looks that the sampling thread came too late for. What was between two looks counts as what
+// the later one saw, so shares may be off by as much where a machine has no processor for it.
+double percentMissed(const spool::Header &header);
 
 #endif

@@ -106,7 +106,7 @@ static int doExec(void)
 static int doFailedExec(void)
 {
     char *arguments[] = {"program", NULL};
-    compute(AWhile);
+    compute(AWhile / 10);
     printf("%d %s\n", execv("/no/such/program", arguments), strerror(errno));
     printf("%d %s\n", execvp("no-such-program-anywhere", arguments), strerror(errno));
     compute(AWhile);
@@ -173,9 +173,13 @@ static int doRawWaits(void)
     pthread_t thread;
     static unsigned word;
     const struct timespec time = {0, 800000000};
+    const double start = seconds();
     pthread_create(&thread, NULL, waitByItself, NULL);
+    const double created = seconds();
     syscall(SYS_futex, &word, 128, 0, &time, NULL, 0);
     pthread_join(thread, NULL);
+    const double joined = seconds();
+    printf("main.wait %f\nmain %f\n", joined - created, joined - start);
     return 0;
 }
 
