@@ -134,15 +134,11 @@ constexpr const char *ioContention = QT_TRANSLATE_NOOP("QObject",
     "to investigate which write calls are affected.");
 constexpr const char *ioAsynchronous = QT_TRANSLATE_NOOP("QObject",
     "It may be possible to achieve faster effective transfer rates using asynchronous file operations.");
-constexpr const char *ioRateSentences[] = {
-    ioContention,
-    ioContention,
-    ioAsynchronous,
-    ioAsynchronous,
-    QT_TRANSLATE_NOOP("QObject",
-        "This suggests asynchronous file operations are successfully reducing application time spent "
-        "waiting. To improve further, try reducing the amount of data transfer required."),
-};
+constexpr const char *ioReduced = QT_TRANSLATE_NOOP("QObject",
+    "This suggests asynchronous file operations are successfully reducing application time spent "
+    "waiting. To improve further, try reducing the amount of data transfer required.");
+constexpr const char *ioRateSentences[]
+    = {ioContention, ioContention, ioAsynchronous, ioAsynchronous, ioReduced};
 
 template <std::size_t size> QString rateAdvice(const char *const (&sentences)[size], RateClassification c)
 {

@@ -203,7 +203,7 @@ void QuillonReportMainGUI::writeQuillonReports()
         return;
     const int version = data.getFernFileVersion();
     if (version <= 1 && version != -1) {
-        OfflineSupport::criticalMsg(window().getWindow(),
+        OfflineSupport::criticalMsg(MainWindow::getWindow(),
             tr("Only FERN files created by version 5.0 or later can be converted into a Quillon Report."));
         setOutputFailed();
         return;

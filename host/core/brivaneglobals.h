@@ -9,6 +9,9 @@ class BRIVANE_HOST_EXPORT BrivaneGlobals {
 public:
     static BrivaneGlobals *instance();
 
+    BrivaneGlobals(const BrivaneGlobals &) = delete;
+    BrivaneGlobals &operator=(const BrivaneGlobals &) = delete;
+
     // The folder of the installation's data, usually <prefix>/share. It is found from the place of the
     // library or program that holds this code, so that an installed tree can be moved, and a build tree
     // serves as one.
@@ -24,8 +27,6 @@ public:
 
 private:
     BrivaneGlobals();
-    BrivaneGlobals(const BrivaneGlobals &) = delete;
-    BrivaneGlobals &operator=(const BrivaneGlobals &) = delete;
 
     PathString mInstallPath;
 };

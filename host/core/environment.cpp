@@ -32,7 +32,7 @@ bool isOn(const QByteArray &bytes)
 QByteArray environmentBytes(const char *name)
 {
     for (const char *prefix : kPrefixes) {
-        const QByteArray value = qgetenv(QByteArray(prefix) + name);
+        QByteArray value = qgetenv(QByteArray(prefix) + name);
         if (!value.isNull())
             return value;
     }

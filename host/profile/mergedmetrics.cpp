@@ -27,6 +27,7 @@ void SpoolMetrics::addMerged(const MergedSpool &merged)
     }
     for (int i = 0; i < mIntegrals.size(); ++i) {
         const int column = fern::spool::integralOf(fern::spool::FigureId(figureOfIntegral(i)));
+        Q_ASSERT(column >= 0); // figureOfIntegral() gives no others
         merged.addColumn(view.integral(quint32(column)), header.integralWholeRun[column], true, mTimeline,
             &mIntegrals[i].wholeRun, &mIntegrals[i].series);
     }

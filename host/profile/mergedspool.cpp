@@ -72,7 +72,7 @@ fern::merged::View MergedSpool::view() const
 
 bool MergedSpool::read(const QString &path, QString *reason)
 {
-    constexpr qint64 largest = 64 * 1024 * 1024;
+    constexpr qint64 largest = qint64(64) * 1024 * 1024;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         *reason = file.errorString();

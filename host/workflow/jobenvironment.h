@@ -38,6 +38,6 @@ struct SpoolFolders {
 // Where ranks are selected they don't: then each has to be read for itself. Where the ranks of the command
 // run several programs, they don't wait long for each other: one of these may be static.
 QList<Variable> samplerVariables(
-    const QByteArray &sampler, const SpoolFolders &folders, const KELPConfig &config);
+    const QByteArray &sampler, const SpoolFolders &folders, const KELPConfig &launch);
 
 #endif

@@ -13,6 +13,9 @@ class BRIVANE_HOST_EXPORT QShutdownGroup {
 public:
     static QShutdownGroup *globalInstance();
 
+    QShutdownGroup(const QShutdownGroup &) = delete;
+    QShutdownGroup &operator=(const QShutdownGroup &) = delete;
+
     // Ends the tool with that exit status, of which the system keeps the lowest eight bits (-1 becomes 255).
     // Where the end was asked for before, the first status stays. Any thread may call it.
     void errorShutdown(int exitStatus);
@@ -22,8 +25,6 @@ public:
 
 private:
     QShutdownGroup() = default;
-    QShutdownGroup(const QShutdownGroup &) = delete;
-    QShutdownGroup &operator=(const QShutdownGroup &) = delete;
 
     std::mutex mMutex;
     std::optional<int> mExitStatus;

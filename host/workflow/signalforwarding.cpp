@@ -16,7 +16,8 @@ constexpr Row Signals[] = {{SIGINT, false}, {SIGQUIT, false}, {SIGTERM, true}, {
 std::atomic<pid_t> theJob{0};
 std::atomic<int> thePending{0};
 std::atomic<int> theInterrupts{0};
-static_assert(std::atomic<pid_t>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
+static_assert(std::atomic<pid_t>::is_always_lock_free);
+static_assert(std::atomic<int>::is_always_lock_free);
 
 void noteOnly(int number)
 {

@@ -34,6 +34,7 @@ bool quillon::report::ensureQCoreApplicationExists()
     // Qt would take over the locale of the environment.
     const QByteArray locale = std::setlocale(LC_ALL, nullptr);
     new QCoreApplication(argumentCount, arguments);
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): Qt keeps the application, as its instance().
     std::setlocale(LC_ALL, locale.constData());
     // Reports need no plugins. Qt's schema classes would load those for networks, which talk to D-Bus and
     // start threads in a program that knows nothing of Qt.

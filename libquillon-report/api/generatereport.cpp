@@ -151,7 +151,7 @@ QByteArray renderPage(ReportEngine &engine, const QJsonObject &json)
 {
     QString error;
     const QString page = engine.renderDynamicHtml(json, rootTemplateForReportType(HtmlReport), &error);
-    const QByteArray report
+    QByteArray report
         = withContentPolicy(embedResources(page, QLatin1String(kResources)), json).toLocal8Bit();
     if (!error.isEmpty())
         qWarning().noquote() << QObject::tr("Error generating dynamic HTML report: %1").arg(error);

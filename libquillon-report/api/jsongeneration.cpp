@@ -310,7 +310,7 @@ QJsonArray createSubsectionsData(const ReportDefinition &reportDefinition, QStri
 
 QJsonObject createBrandingData(const ReportDefinition &reportDefinition)
 {
-    const QString logo = reportDefinition.reportLogo();
+    const QString &logo = reportDefinition.reportLogo();
     const bool ourLogo = logo.startsWith(QLatin1String(Branding::ourLogoPrefix));
 
     QList<Logo> logos;

@@ -32,7 +32,7 @@ bool isMissing(const char *path)
 bool isOurs(const char *path)
 {
     const int folder = raw::open(path, O_PATH | O_DIRECTORY | O_NOFOLLOW);
-    struct stat status;
+    struct stat status { };
     const bool isKnown = folder >= 0 && raw::call(SYS_fstat, folder, raw::address(&status)) == 0;
     raw::close(folder);
     return isKnown && status.st_uid == static_cast<uid_t>(raw::call(SYS_geteuid))

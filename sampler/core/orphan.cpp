@@ -9,7 +9,7 @@ namespace fern {
 
 namespace {
 
-constexpr std::size_t StackSize = 16 * 1024;
+constexpr std::size_t StackSize = std::size_t(16) * 1024;
 alignas(64) char helperStack[StackSize];
 alignas(64) char orphanStack[StackSize];
 

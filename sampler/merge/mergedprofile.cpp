@@ -311,7 +311,7 @@ void MergedProfile::addProcesses(const Process *processes, std::uint32_t count, 
 void MergedProfile::thinProcesses()
 {
     mHeader.processCount = (mHeader.processCount + 1) / 2;
-    for (std::uint32_t i = 0; i < mHeader.processCount; ++i)
+    for (std::size_t i = 0; i < mHeader.processCount; ++i)
         mProcesses[i] = mProcesses[2 * i];
     mHeader.processStep *= 2;
 }

@@ -94,6 +94,7 @@ public:
         return IsFortran ? areStatusesIgnoredOfFortran(mWords[i]) : mpi::isStatusIgnored(mWords[i]);
     }
     const unsigned char *status(int i) const { return reinterpret_cast<const unsigned char *>(mWords[i]); }
+    // NOLINTNEXTLINE(readability-non-const-parameter): MPI writes there.
     void setStatus(int i, unsigned char *room) { mWords[i] = reinterpret_cast<Word>(room); }
 
 private:

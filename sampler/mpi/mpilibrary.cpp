@@ -57,9 +57,10 @@ int noteCandidate(dl_phdr_info *module, std::size_t, void *candidates)
 {
     Candidates &noted = *static_cast<Candidates *>(candidates);
     const char *slash = std::strrchr(module->dlpi_name, '/');
+    const std::size_t length = std::strlen(module->dlpi_name);
     if (slash != nullptr && std::strstr(slash, "mpi") != nullptr && noted.count < Candidates::Most
-        && std::strlen(module->dlpi_name) < sizeof noted.paths[0])
-        std::strcpy(noted.paths[noted.count++], module->dlpi_name);
+        && length < sizeof noted.paths[0])
+        std::memcpy(noted.paths[noted.count++], module->dlpi_name, length + 1);
     return 0;
 }
 

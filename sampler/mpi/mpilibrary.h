@@ -103,7 +103,7 @@ inline std::uint64_t sizeOfType(Word word)
     return askSizeOfType(type);
 }
 // The handle may mean another type from now on.
-void forgetType(Word type);
+void forgetType(Word word);
 
 // One of an array of handles at an address.
 Word handleAt(Word address, int index);
