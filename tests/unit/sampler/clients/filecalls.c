@@ -56,6 +56,16 @@ static void reading(void)
     close(fd);
 }
 
+/* What is in a file so far, its gaps as dots: what follows may go over it. */
+static void showFile(int fd)
+{
+    char text[200];
+    const ssize_t size = pread(fd, text, sizeof text, 0);
+    for (ssize_t i = 0; i < size; ++i)
+        fputc(text[i] != '\0' ? text[i] : '.', report);
+    fputc('\n', report);
+}
+
 static void writing(int fd)
 {
     const struct iovec parts[] = {{"four", 4}, {"five5", 5}};
@@ -67,6 +77,7 @@ static void writing(int fd)
     GIVES(pwritev64, fd, parts, 2, 50);
     GIVES(pwritev2, fd, parts, 2, 60, 0);
     GIVES(pwritev64v2, fd, parts, 2, 70, 0);
+    showFile(fd);
     GIVES(fsync, fd);
     GIVES(fdatasync, fd);
     GIVES(write, -1, "nothing", 7);
@@ -99,16 +110,24 @@ static void opening(void)
         unlink(pattern);                                                                                     \
     } while (0)
 
+#define SIZES(call, ...)                                                                                     \
+    do {                                                                                                     \
+        struct stat status;                                                                                  \
+        GIVES(call, __VA_ARGS__);                                                                            \
+        fstat(fd, &status);                                                                                  \
+        fprintf(report, "  %ld bytes\n", (long)status.st_size);                                              \
+    } while (0)
+
 static void sizing(int fd)
 {
-    GIVES(ftruncate, fd, 1000);
-    GIVES(ftruncate64, fd, 1100);
-    GIVES(truncate, "copy", 1200);
-    GIVES(truncate64, "copy", 1300);
-    GIVES(fallocate, fd, 0, 0, 1400);
-    GIVES(fallocate64, fd, 0, 0, 1500);
-    GIVES(posix_fallocate, fd, 0, 1600);
-    GIVES(posix_fallocate64, fd, 0, 1700);
+    SIZES(ftruncate, fd, 1000);
+    SIZES(ftruncate64, fd, 1100);
+    SIZES(truncate, "copy", 1200);
+    SIZES(truncate64, "copy", 1300);
+    SIZES(fallocate, fd, 0, 0, 1400);
+    SIZES(fallocate64, fd, 0, 0, 1500);
+    SIZES(posix_fallocate, fd, 0, 1600);
+    SIZES(posix_fallocate64, fd, 0, 1700);
     GIVES(lockf, fd, F_TLOCK, 0);
     GIVES(lockf64, fd, F_ULOCK, 0);
     GIVES(flock, fd, LOCK_EX);
