@@ -51,6 +51,7 @@ std::atomic<std::uint32_t> threadId{0}; // cleared by the kernel at the sampling
 std::atomic<std::int32_t> watchedProcess{0}; // 0: nothing is sampled
 std::atomic<bool> isBusy{false}; // someone starts or stops the sampling thread
 bool isForkedChild = false;
+bool isMadeByMainThread = false; // the sampling thread
 std::uint64_t tailNs = 0; // when the tail began; 0 if it has not
 
 // Closes every descriptor in a table of the calling thread's own. The program's pipes must reach their
@@ -136,7 +137,7 @@ void samplingThread()
     raw::call(SYS_prctl, PR_SET_NAME, raw::address("fern-sampler"));
     askForShortTurns();
     leaveDescriptors();
-    watcher.begin();
+    watcher.begin(isMadeByMainThread);
     sampleUntilStopped();
     // A child that was forked to do one quick thing isn't worth a file.
     watcher.finish(order.load(std::memory_order_acquire) == StopForGood && !isForkedChild);
@@ -145,6 +146,7 @@ void samplingThread()
 void startThread()
 {
     order.store(GoOn, std::memory_order_relaxed);
+    isMadeByMainThread = raw::gettid() == raw::getpid();
     raw::startThread(samplingThread, stack + sizeof(stack), threadId);
 }
 

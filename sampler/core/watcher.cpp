@@ -69,13 +69,13 @@ std::uint64_t Watcher::timeNs() const
     return realTime(raw::clockNs(CLOCK_MONOTONIC));
 }
 
-void Watcher::begin()
+void Watcher::begin(bool isMadeByMainThread)
 {
     mNode.open();
     mProcess.open();
     mPower.close();
     mLustre.close();
-    mSandbox.begin();
+    mSandbox.begin(isMadeByMainThread);
     mPerfCounters.begin();
     if (mSpool.isMapped())
         mSpool.openFile();

@@ -23,7 +23,7 @@ public:
     void reset(std::uint64_t startNs, std::uint64_t startMonotonicNs);
 
     // At a sampling thread's start: opens what it reads. The first time this is the counters' zero.
-    void begin();
+    void begin(bool isMadeByMainThread);
     // One look at the main thread, and at all threads and at the figures if it is time; `monotonicNs` is now.
     // The first look makes the spool. False if there can't be one.
     bool look(std::uint64_t monotonicNs);

@@ -4,9 +4,12 @@
 
 namespace fern {
 
-void Sandbox::begin()
+void Sandbox::begin(bool isMadeByMainThread)
 {
-    mStatus.open("/proc/thread-self/status");
+    // What the kernel remembers of names in a thread's own folder goes when the thread does. A thread that
+    // ends together with the process may be kept from it by who waits for the process, and turns in circles
+    // for it.
+    mStatus.open(isMadeByMainThread ? "/proc/self/status" : "/proc/thread-self/status");
     isTighter();
 }
 

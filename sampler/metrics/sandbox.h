@@ -11,8 +11,9 @@ namespace fern {
 // a call that it didn't expect. Reading files goes on: it always did.
 class Sandbox {
 public:
-    // At a sampling thread's start.
-    void begin();
+    // At a sampling thread's start. Which filters it has tells its own file or, if the process's main thread
+    // has made it, that thread's: it began with the same ones, and what is put on all threads is put on both.
+    void begin(bool isMadeByMainThread);
     // Reads a file of /proc: to be asked before a new thing is tried, not at every look.
     bool isTighter();
 
