@@ -18,6 +18,8 @@ constexpr std::uint64_t MaxTickNs = 10'000'000;
 // by 1.6 points of percent, 250 by one. From then on a hundred a second keep it there.
 constexpr std::uint64_t QuickTickNs = 4'000'000;
 constexpr std::uint64_t QuickForNs = 10'000'000'000;
+// A launcher or a shell mostly waits for what it has started, which may need its processor.
+constexpr std::uint64_t IdleTickNs = 100'000'000;
 // Reading all figures costs as much as several looks.
 constexpr std::uint64_t FigureIntervalNs = 100'000'000;
 // Sensors and file systems are shared by all processes of a node, and some answer slowly.
@@ -42,7 +44,7 @@ void Watcher::reset(std::uint64_t startNs, std::uint64_t startMonotonicNs)
     mStartNs = mFiguresNs = mPowerNs = startNs;
     mMain = mOthers = {startNs, startNs};
     mOthersWork = false;
-    mIsQuick = false;
+    mIsQuick = mIsIdle = false;
     mMainCalls = 0;
     mStartMonotonicNs = startMonotonicNs;
     mEarlierCpuNs = 0;
@@ -55,6 +57,8 @@ void Watcher::reset(std::uint64_t startNs, std::uint64_t startMonotonicNs)
 
 std::uint64_t Watcher::tickNs() const
 {
+    if (mIsIdle)
+        return IdleTickNs;
     const std::uint64_t tickNs = mIsQuick ? QuickTickNs : MaxTickNs;
     return settings.intervalNs < tickNs ? settings.intervalNs : tickNs;
 }
@@ -250,19 +254,10 @@ void Watcher::readFigures(std::uint64_t timeNs)
     header.wrappedCalls += static_cast<std::uint32_t>(counted.wrappedCalls - mCounted.wrappedCalls);
     const std::uint64_t cpuNs = counted.cpuNs > mCounted.cpuNs ? counted.cpuNs - mCounted.cpuNs : 0;
     header.processCpuNs += cpuNs;
-    const std::uint32_t mainCalls = registry::slots[MainIndex].calls.load(std::memory_order_relaxed);
-    // From one call to the next there is nothing to tell apart.
-    mIsQuick = mainCalls != mMainCalls && timeNs - mStartNs < QuickForNs;
-    mMainCalls = mainCalls;
     mCounted = counted;
     mFiguresNs = timeNs;
     mPerfCounters.read(mSpool, fromNs, timeNs);
-    if (!mSandbox.isTighter()) {
-        const std::uint64_t switches = process::switchesOfThreads();
-        const std::uint64_t passedNs = timeNs - fromNs;
-        mProgramCounters.pace(switches - mSwitches, cpuNs > passedNs ? cpuNs : passedNs);
-        mSwitches = switches;
-    }
+    choosePace(timeNs, timeNs - fromNs, cpuNs);
 
     if (const std::uint64_t resident = mProcess.residentBytes())
         mSpool.addReading(spool::FigureRss, fromNs, timeNs, static_cast<double>(resident));
@@ -271,6 +266,22 @@ void Watcher::readFigures(std::uint64_t timeNs)
     if (const double load = mNode.loadAveragePercent(mCores); load >= 0.0)
         mSpool.addReading(spool::FigureLoadAveragePercent, fromNs, timeNs, load);
     header.samplerCpuNs = mEarlierCpuNs + process::ownCpuNs();
+}
+
+// How often to look from now on, and how long to have program counters taken.
+void Watcher::choosePace(std::uint64_t timeNs, std::uint64_t passedNs, std::uint64_t cpuNs)
+{
+    const bool isLauncher = (mSpool.header().flags & spool::FlagLauncher) != 0;
+    const std::uint32_t mainCalls = registry::slots[MainIndex].calls.load(std::memory_order_relaxed);
+    // From one call to the next there is nothing to tell apart.
+    mIsQuick = !isLauncher && mainCalls != mMainCalls && timeNs - mStartNs < QuickForNs;
+    mIsIdle = isLauncher && timeNs - mStartNs >= ShortLifeNs && cpuNs * WorkPart < passedNs;
+    mMainCalls = mainCalls;
+    if (mSandbox.isTighter())
+        return;
+    const std::uint64_t switches = process::switchesOfThreads();
+    mProgramCounters.pace(switches - mSwitches, cpuNs > passedNs ? cpuNs : passedNs);
+    mSwitches = switches;
 }
 
 void Watcher::readSensors(std::uint64_t timeNs)

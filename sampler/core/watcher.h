@@ -78,6 +78,7 @@ private:
     void lookAtOthers(spool::Bin &bin, std::uint64_t timeNs);
     void lookAtMain(spool::Bin &bin, std::uint64_t timeNs);
     void readFigures(std::uint64_t timeNs);
+    void choosePace(std::uint64_t timeNs, std::uint64_t passedNs, std::uint64_t cpuNs);
     void readSensors(std::uint64_t timeNs);
     void updateHeader(std::uint64_t timeNs);
 
@@ -100,6 +101,7 @@ private:
     bool mOthersWork = false; // at the last look at them
     std::uint32_t mMainCalls = 0; // through wrappers, at mFiguresNs
     bool mIsQuick = false; // whether the main thread is looked at between looks at all
+    bool mIsIdle = false; // a launcher that does nothing itself
     std::uint64_t mFiguresNs = 0; // time of the last reading
     std::uint64_t mPowerNs = 0; // likewise, of the sensors
     std::uint64_t mEarlierCpuNs = 0; // of earlier sampling threads of this process

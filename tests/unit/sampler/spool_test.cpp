@@ -185,6 +185,17 @@ TEST(Spool, LaunchersAndShellsAreMarked)
     EXPECT_FALSE(others.front().has(spool::FlagLauncher));
 }
 
+// It waits for what it has started, which may need its processor.
+TEST(Spool, AShellThatWaitsIsLookedAtSeldom)
+{
+    const Folder folder;
+    run({"bash", "-c", "sleep 2; :"}, samplingInto(folder.path()));
+    const std::vector<SpoolFile> shells = spoolsOf("bash", folder.path());
+    ASSERT_EQ(shells.size(), 1U);
+    expectToCountAllTime(shells.front());
+    EXPECT_LT(shells.front().header().ticks, 60U) << "ten a second, and not a hundred";
+}
+
 class WithoutSpool : public testing::TestWithParam<Environment> { };
 
 TEST_P(WithoutSpool, TheProgramRunsAsIfNothingWereThere)
