@@ -415,10 +415,11 @@ int main(int count, char **arguments)
         const char *name;
         int (*action)(void);
     } actions[] = {{"fork", doFork}, {"vfork", doVfork}, {"spawn", doSpawn}, {"exec", doExec},
-        {"failedexec", doFailedExec}, {"threads", doThreads}, {"idlethread", doIdleThread}, {"rawwaits", doRawWaits}, {"manythreads", doManyThreads}, {"tenthousandthreads", doTenThousandThreads},
-        {"mainexits", doMainExits}, {"rawexit", doRawExit}, {"cancel", doCancel}, {"pipeend", doPipeEnd},
-        {"quickexit", doQuickExit}, {"daemon", doDaemon}, {"signals", doSignals}, {"jump", doJump},
-        {"abort", doAbort}, {"rights", doRights}};
+        {"failedexec", doFailedExec}, {"threads", doThreads}, {"idlethread", doIdleThread},
+        {"rawwaits", doRawWaits}, {"manythreads", doManyThreads},
+        {"tenthousandthreads", doTenThousandThreads}, {"mainexits", doMainExits}, {"rawexit", doRawExit},
+        {"cancel", doCancel}, {"pipeend", doPipeEnd}, {"quickexit", doQuickExit}, {"daemon", doDaemon},
+        {"signals", doSignals}, {"jump", doJump}, {"abort", doAbort}, {"rights", doRights}};
     if (strcmp(what, "closeall") == 0 && count > 2)
         return doCloseAll(arguments[2]);
     if (strcmp(what, "unload") == 0 && count > 2)
