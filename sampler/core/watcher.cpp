@@ -29,6 +29,9 @@ constexpr std::uint64_t ShortLifeNs = 100'000'000;
 // A thread worked if it ran for this part of the time since the last look: waking up to look around isn't
 // work.
 constexpr std::uint64_t WorkPart = 20;
+// A node is full with fewer than this part of its processors to spare: not all that compute do so all the
+// time.
+constexpr std::int32_t SparePart = 8;
 constexpr std::uint32_t MainIndex = 0; // the main thread's slot
 // What a look can stand for: beyond that the process didn't run at all.
 constexpr std::uint64_t MaxGapNs = 1'000'000'000;
@@ -44,7 +47,8 @@ void Watcher::reset(std::uint64_t startNs, std::uint64_t startMonotonicNs)
     mStartNs = mFiguresNs = mPowerNs = startNs;
     mMain = mOthers = {startNs, startNs};
     mOthersWork = false;
-    mIsQuick = mIsIdle = false;
+    mIsQuick = mIsIdle = mIsNodeFull = false;
+    mPlacement.adoptMainThread();
     mMainCalls = 0;
     mStartMonotonicNs = startMonotonicNs;
     mEarlierCpuNs = 0;
@@ -80,6 +84,7 @@ void Watcher::begin(bool isMadeByMainThread)
     mPower.close();
     mLustre.close();
     mSandbox.begin(isMadeByMainThread);
+    mPlacement.begin();
     mPerfCounters.begin();
     if (mSpool.isMapped())
         mSpool.openFile();
@@ -102,16 +107,18 @@ bool Watcher::createSpool()
 
 bool Watcher::look(std::uint64_t monotonicNs)
 {
+    const std::uint64_t time = realTime(monotonicNs);
+    // Looks come at random moments of their ticks: half a tick more or less, and all threads have theirs as
+    // often as without those in between.
+    const bool isAtAll = !mIsQuick || time - mOthers.lookNs + QuickTickNs / 2 >= MaxTickNs;
+    noteWords(isAtAll ? registry::usedSlots() : MainIndex + 1);
     if (!mSpool.isMapped()) {
         if (!createSpool())
             return false;
         mCores = {mSpool.header().logicalCores, mSpool.header().physicalCores};
     }
-    const std::uint64_t time = realTime(monotonicNs);
     spool::Bin &bin = mSpool.binAt(time);
-    // Looks come at random moments of their ticks: half a tick more or less, and all threads have theirs as
-    // often as without those in between.
-    if (!mIsQuick || time - mOthers.lookNs + QuickTickNs / 2 >= MaxTickNs)
+    if (isAtAll)
         lookAtOthers(bin, time);
     lookAtMain(bin, time);
     if (mTicks == 0 || time - mFiguresNs >= FigureIntervalNs)
@@ -125,6 +132,9 @@ bool Watcher::look(std::uint64_t monotonicNs)
         if (!mSandbox.isTighter())
             startGpuReader(mSpool);
     }
+    // Behind the start of the reader, which would be bound as well.
+    if (mHasLookedForGpus && mPlacement.wantsMove(mIsNodeFull) && !mSandbox.isTighter())
+        mPlacement.move(mIsNodeFull);
     ++mTicks;
     updateHeader(time);
     return true;
@@ -181,12 +191,23 @@ Watcher::Stretch Watcher::account(Accounted &accounted, std::uint64_t timeNs)
     return {passedNs, static_cast<std::uint32_t>(hits)};
 }
 
-Watcher::Found Watcher::lookAt(
-    std::uint32_t index, std::int32_t tid, const Stretch &stretch, std::uint64_t timeNs)
+// First of all, before anything that takes time: a thread whose processor was taken away for the look lets
+// others wait for it, and that isn't what they do otherwise.
+void Watcher::noteWords(std::uint32_t count)
 {
+    mNotedCount = count;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const Slot &slot = registry::slots[i];
+        mNoted[i] = {slot.tid.load(std::memory_order_acquire), registry::categoryOf(slot)};
+    }
+}
+
+Watcher::Found Watcher::lookAt(std::uint32_t index, const Stretch &stretch, std::uint64_t timeNs)
+{
+    const std::int32_t tid = mNoted[index].tid;
     const Passed passed = cpuTimeOf(index, tid);
     bool works = passed.cpuNs * WorkPart >= stretch.passedNs;
-    std::uint32_t category = registry::categoryOf(registry::slots[index]);
+    std::uint32_t category = mNoted[index].category;
     if (timeNs - mStartNs >= ShortLifeNs) {
         mProgramCounters.look(mSpool, mSandbox, {index, tid, category, works, mSeen[index].cpuNs, timeNs});
         mPerfCounters.look(mSandbox, index, tid, works);
@@ -209,11 +230,10 @@ void Watcher::lookAtOthers(spool::Bin &bin, std::uint64_t timeNs)
 {
     const Stretch stretch = account(mOthers, timeNs);
     mOthersWork = false;
-    for (std::uint32_t i = registry::usedSlots(); i-- > MainIndex + 1;) {
-        const std::int32_t tid = registry::slots[i].tid.load(std::memory_order_acquire);
-        if (tid <= 0)
+    for (std::uint32_t i = mNotedCount; i-- > MainIndex + 1;) {
+        if (mNoted[i].tid <= 0)
             continue;
-        const Found found = lookAt(i, tid, stretch, timeNs);
+        const Found found = lookAt(i, stretch, timeNs);
         addHits(bin.otherHits[found.category], stretch.hits);
         addHits(bin.otherActiveHits[found.category], found.activeHits);
         // Turning in circles until there is work is none.
@@ -224,10 +244,9 @@ void Watcher::lookAtOthers(spool::Bin &bin, std::uint64_t timeNs)
 void Watcher::lookAtMain(spool::Bin &bin, std::uint64_t timeNs)
 {
     const Stretch stretch = account(mMain, timeNs);
-    const std::int32_t tid = registry::slots[MainIndex].tid.load(std::memory_order_acquire);
-    if (tid <= 0)
+    if (mNoted[MainIndex].tid <= 0)
         return;
-    const Found found = lookAt(MainIndex, tid, stretch, timeNs);
+    const Found found = lookAt(MainIndex, stretch, timeNs);
     addHits(bin.mainHits[found.category], stretch.hits);
     addHits(bin.mainActiveHits[found.category], found.activeHits);
     if (!mOthersWork)
@@ -263,8 +282,10 @@ void Watcher::readFigures(std::uint64_t timeNs)
         mSpool.addReading(spool::FigureRss, fromNs, timeNs, static_cast<double>(resident));
     if (const double used = mNode.memoryUsedPercent(); used >= 0.0)
         mSpool.addReading(spool::FigureNodeMemoryUsedPercent, fromNs, timeNs, used);
-    if (const double load = mNode.loadAveragePercent(mCores); load >= 0.0)
-        mSpool.addReading(spool::FigureLoadAveragePercent, fromNs, timeNs, load);
+    const node::Figures::Load load = mNode.load(mCores);
+    if (load.averagePercent >= 0.0)
+        mSpool.addReading(spool::FigureLoadAveragePercent, fromNs, timeNs, load.averagePercent);
+    mIsNodeFull = load.running - 1 >= mCores.logical - mCores.logical / SparePart;
     header.samplerCpuNs = mEarlierCpuNs + process::ownCpuNs();
 }
 

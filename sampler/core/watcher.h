@@ -2,6 +2,7 @@
 #define SAMPLER_CORE_WATCHER_H
 
 #include "core/kernelview.h"
+#include "core/placement.h"
 #include "core/spool.h"
 #include "core/threadregistry.h"
 #include "metrics/lustrefigures.h"
@@ -62,6 +63,11 @@ private:
         std::uint64_t passedNs;
         std::uint32_t hits;
     };
+    // A thread's slot as a look saw it.
+    struct Noted {
+        std::int32_t tid;
+        std::uint32_t category;
+    };
     // What a thread was found doing.
     struct Found {
         std::uint32_t category;
@@ -74,7 +80,8 @@ private:
     Passed cpuTimeOf(std::uint32_t index, std::int32_t tid);
     KernelView::Answer askKernel(std::uint32_t index, std::int32_t tid);
     static Stretch account(Accounted &accounted, std::uint64_t timeNs);
-    Found lookAt(std::uint32_t index, std::int32_t tid, const Stretch &stretch, std::uint64_t timeNs);
+    void noteWords(std::uint32_t count);
+    Found lookAt(std::uint32_t index, const Stretch &stretch, std::uint64_t timeNs);
     void lookAtOthers(spool::Bin &bin, std::uint64_t timeNs);
     void lookAtMain(spool::Bin &bin, std::uint64_t timeNs);
     void readFigures(std::uint64_t timeNs);
@@ -89,6 +96,7 @@ private:
     PowerFigures mPower;
     LustreFigures mLustre;
     Sandbox mSandbox;
+    Placement mPlacement;
     ProgramCounters mProgramCounters;
     KernelView mKernelView;
     PerfCounters mPerfCounters;
@@ -101,6 +109,7 @@ private:
     bool mOthersWork = false; // at the last look at them
     std::uint32_t mMainCalls = 0; // through wrappers, at mFiguresNs
     bool mIsQuick = false; // whether the main thread is looked at between looks at all
+    bool mIsNodeFull = false; // nearly all of its processors have somebody
     bool mIsIdle = false; // a launcher that does nothing itself
     std::uint64_t mFiguresNs = 0; // time of the last reading
     std::uint64_t mPowerNs = 0; // likewise, of the sensors
@@ -109,6 +118,8 @@ private:
     std::uint64_t mTicksMissed = 0;
     bool mHasBegun = false;
     bool mHasLookedForGpus = false;
+    Noted mNoted[MaxThreads] = {}; // by slot
+    std::uint32_t mNotedCount = 0;
     Seen mSeen[MaxThreads] = {}; // by slot; another thread's entry means nothing, so it needn't be cleared
 };
 

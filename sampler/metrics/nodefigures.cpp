@@ -73,16 +73,23 @@ double Figures::memoryUsedPercent()
     return 100.0 * (static_cast<double>(total) - static_cast<double>(available)) / static_cast<double>(total);
 }
 
-double Figures::loadAveragePercent(const Cores &cores)
+// Like "0.62 0.63 1.92 2/87 10270": averages, how many of all threads run, the newest process.
+Figures::Load Figures::load(const Cores &cores)
 {
     const char *text = mLoad.read();
     const std::int32_t count = cores.physical > 0 ? cores.physical : cores.logical;
     if (text == nullptr || count <= 0)
-        return -1.0;
+        return {-1.0, 0};
     // Two digits behind the point, always.
     const double whole = static_cast<double>(takeNumber(text));
     const double hundredths = *text == '.' ? static_cast<double>(takeNumber(++text)) : 0.0;
-    return 100.0 * (whole + hundredths / 100.0) / count;
+    std::uint64_t running = 0;
+    while (*text != '\0' && *text != '/') {
+        ++text;
+        if (*text >= '0' && *text <= '9')
+            running = takeNumber(text);
+    }
+    return {100.0 * (whole + hundredths / 100.0) / count, static_cast<std::int32_t>(running)};
 }
 
 } // namespace fern::node

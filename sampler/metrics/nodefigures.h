@@ -25,9 +25,14 @@ public:
     void open();
     // Memory in use in percent of all: what couldn't be had without swapping. Negative if unknown.
     double memoryUsedPercent();
-    // Load average of the last minute in percent of the physical cores, of the logical ones where
-    // these are unknown. Negative if unknown.
-    double loadAveragePercent(const Cores &cores);
+    struct Load {
+        // Average of the last minute in percent of the physical cores, of the logical ones where these are
+        // unknown. Negative if unknown.
+        double averagePercent;
+        std::int32_t
+            running; // threads that have or want a processor now, the caller among them; 0 if unknown
+    };
+    Load load(const Cores &cores);
 
 private:
     ProcFile mMemory;

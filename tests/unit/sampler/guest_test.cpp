@@ -141,6 +141,17 @@ TEST(Guest, WaitsThatNoWrapperSeesAreThoseThatTheKernelTellsOf)
         percent(total.mainHits, spool::PthreadSync), 100 * seconds["main.wait"] / seconds["main"], 8.0);
 }
 
+// On a full node a look stops the thread that it is for, and none of another process.
+TEST(Guest, TheSamplingThreadGoesWhereTheMainThreadIsOnAFullNode)
+{
+    const Folder folder;
+    const Outcome outcome = run({client("guest"), "fullnode"}, samplingInto(folder.path()));
+    if (outcome.output.find("no such processor") != std::string::npos)
+        GTEST_SKIP() << "Requires the first and the last processor";
+    EXPECT_EQ(outcome.output, "follows\nfollows\n");
+    EXPECT_EQ(outcome.status, 0);
+}
+
 TEST(Guest, ALibraryThatIsPreloadedBeforeIsNamed)
 {
     const Folder folder;

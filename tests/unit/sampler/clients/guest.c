@@ -5,6 +5,7 @@
 #define _GNU_SOURCE
 #include "clock.h"
 
+#include <dirent.h>
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -408,14 +409,77 @@ static int doRights(void)
     return 0;
 }
 
+static void *spinUntilTold(void *isOver)
+{
+    while (!*(volatile int *)isOver)
+        ;
+    return NULL;
+}
+
+/* The processor that the sampling thread is bound to; -1 if there are several. */
+static int processorOfSampler(void)
+{
+    int found = -1;
+    struct dirent *entry;
+    DIR *const folder = opendir("/proc/self/task");
+    while (folder && (entry = readdir(folder))) {
+        char path[300];
+        char line[300] = "";
+        snprintf(path, sizeof path, "/proc/self/task/%s/comm", entry->d_name);
+        FILE *file = fopen(path, "r");
+        if (!file)
+            continue;
+        const int isIt = fgets(line, sizeof line, file) && strcmp(line, "fern-sampler\n") == 0;
+        fclose(file);
+        cpu_set_t processors;
+        CPU_ZERO(&processors);
+        if (!isIt || sched_getaffinity(atoi(entry->d_name), sizeof processors, &processors) != 0
+            || CPU_COUNT(&processors) != 1)
+            continue;
+        for (int i = 0; i < CPU_SETSIZE; ++i)
+            found = CPU_ISSET(i, &processors) ? i : found;
+    }
+    closedir(folder);
+    return found;
+}
+
+/* A thread for each processor keeps all of them busy; the main thread is on the first, and then on the last.
+ */
+static int doFullNode(void)
+{
+    enum { MaxThreads = 1024 };
+    static pthread_t threads[MaxThreads];
+    static int isOver;
+    const long processors = sysconf(_SC_NPROCESSORS_ONLN);
+    const int places[] = {0, (int)processors - 1};
+    for (long i = 0; i < processors && i < MaxThreads; ++i)
+        pthread_create(&threads[i], NULL, spinUntilTold, &isOver);
+    for (int i = 0; i < 2; ++i) {
+        cpu_set_t place;
+        CPU_ZERO(&place);
+        CPU_SET(places[i], &place);
+        const int isBound = sched_setaffinity(0, sizeof place, &place) == 0;
+        int follows = 0;
+        for (int turn = 0; turn < 100 && isBound && !follows; ++turn) {
+            compute(AWhile / 4);
+            follows = processorOfSampler() == places[i];
+        }
+        printf("%s\n", !isBound ? "no such processor" : follows ? "follows" : "stays away");
+    }
+    isOver = 1;
+    for (long i = 0; i < processors && i < MaxThreads; ++i)
+        pthread_join(threads[i], NULL);
+    return 0;
+}
+
 int main(int count, char **arguments)
 {
     const char *what = count > 1 ? arguments[1] : "";
     static const struct {
         const char *name;
         int (*action)(void);
-    } actions[] = {{"fork", doFork}, {"vfork", doVfork}, {"spawn", doSpawn}, {"exec", doExec},
-        {"failedexec", doFailedExec}, {"threads", doThreads}, {"idlethread", doIdleThread},
+    } actions[] = {{"fullnode", doFullNode}, {"fork", doFork}, {"vfork", doVfork}, {"spawn", doSpawn},
+        {"exec", doExec}, {"failedexec", doFailedExec}, {"threads", doThreads}, {"idlethread", doIdleThread},
         {"rawwaits", doRawWaits}, {"manythreads", doManyThreads},
         {"tenthousandthreads", doTenThousandThreads}, {"mainexits", doMainExits}, {"rawexit", doRawExit},
         {"cancel", doCancel}, {"pipeend", doPipeEnd}, {"quickexit", doQuickExit}, {"daemon", doDaemon},
