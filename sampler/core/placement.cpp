@@ -6,7 +6,7 @@
 
 // From the C library 2.35 on: where each thread's area for restartable sequences lies, from its thread
 // pointer.
-extern "C" const std::ptrdiff_t __rseq_offset __attribute__((weak)); // NOLINT(bugprone-reserved-identifier)
+extern "C" const std::ptrdiff_t __rseq_offset __attribute__((weak)); // NOLINT(*-reserved-identifier,cert-dcl*)
 
 namespace fern {
 
