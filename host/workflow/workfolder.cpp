@@ -113,8 +113,9 @@ void removeAbandonedWorkFolders(const QString &temporary)
             continue;
         // Locks of other nodes may not be seen here.
         if (contents(folder + QLatin1String(LockName)) == thisNode() && !isInUse(path + '/')) {
+            // A note that isn't whole may name a folder above.
             const QByteArray along = contents(folder + QLatin1String(NoteName));
-            if (isPrivateFolder(along))
+            if (along.endsWith("/." + QFile::encodeName(name)) && isPrivateFolder(along))
                 QDir(QFile::decodeName(along)).removeRecursively();
             QDir(folder).removeRecursively();
         }

@@ -19,7 +19,8 @@ public:
 
     bool isValid() const { return mFolder->isValid(); }
     QString path() const { return mFolder->path(); }
-    // Notes a private folder, which need not be there, that goes with this one if the tool is killed.
+    // Notes a private folder, which need not be there, that goes with this one if the tool is killed: one of
+    // the same name with a dot before it.
     void takeAlong(const QString &folder) const;
     QString filePath(const QString &name) const { return mFolder->filePath(name); }
 

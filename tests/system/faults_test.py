@@ -134,6 +134,25 @@ class Faults(SystemTest):
         self.assertEqual(self.work_folders(), [])
         self.assertFalse(gathered.exists())
 
+    def test_note_of_a_killed_tool_that_isnt_whole_removes_nothing(self):
+        tool = self.start_waiting_job()
+        (left,) = self.work_folders()
+        note = self.temporary / left / "taken-along"
+        kept = self.folder / "kept"
+        kept.mkdir(mode=0o700)
+        self.assertEqual(note.read_text(), str(self.folder.resolve() / f".{left}"))
+        note.write_text(str(kept))
+        tool.send_signal(signal.SIGKILL)
+        self.assertEqual(tool.wait(10), -signal.SIGKILL)
+        (self.folder / "end").touch()
+        self.assertEqual(tool.stdout.read(), b"over\n")
+        for _ in range(100):
+            self.assertExit(self.quillon_report("-q", "-o", "y.json", "sleep", "0.2"), 0)
+            if not self.work_folders():
+                break
+        self.assertEqual(self.work_folders(), [])
+        self.assertTrue(kept.exists())
+
     def test_folder_of_a_living_tool_stays(self):
         tool = self.start_waiting_job()
         folders = self.work_folders()
